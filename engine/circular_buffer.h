@@ -1,0 +1,75 @@
+// The ring of the delay lines, of the rate entries and of the reverb.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <new>
+#include <type_traits>
+#include <utility>
+
+#include "engine/lanes.h"
+
+namespace orvane::blocks::vesk {
+
+// A ring that grows towards lower indices: head is the newest element, and the element k places
+// older stands k places above it. A large ring starts on a page of its own, and rings that are
+// read in step must not start at the same place of their pages (they would share one cache set and
+// every read would seem to follow the last write), so each starts some cache lines further on.
+template <class T>
+struct CircularBuffer {
+    static_assert(std::is_trivially_copyable_v<T>);
+
+    struct Release {
+        std::size_t bytes_before = 0;
+        void operator()(T* p) const noexcept {
+            ::operator delete(reinterpret_cast<std::byte*>(p) - bytes_before, alignment);
+        }
+    };
+
+    std::unique_ptr<T[], Release> storage;
+    std::uint64_t size = 0;  // elements
+    std::uint64_t head = 0;  // index of the newest element
+
+    CircularBuffer() = default;
+    explicit CircularBuffer(std::uint64_t elements);  // zeros; throws std::bad_alloc
+
+    // The index of the element that the next push overwrites: the oldest.
+    VESK_INLINE std::uint64_t next_head() const noexcept { return (head == 0 ? size : head) - 1; }
+    VESK_INLINE void push(T value) noexcept {
+        head = next_head();
+        storage[head] = value;
+    }
+    // k is below size at every call, so one subtraction is enough to wrap.
+    VESK_INLINE std::uint64_t index(std::uint64_t k) const noexcept {
+        const std::uint64_t i = head + k;
+        return i >= size ? i - size : i;
+    }
+    VESK_INLINE const T& at(std::uint64_t k) const noexcept { return storage[index(k)]; }
+    VESK_INLINE const T& oldest() const noexcept { return storage[next_head()]; }
+
+    void zero() noexcept;  // contents only: head and size stay
+
+private:
+    static constexpr std::align_val_t alignment{64};
+};
+
+// The place in its page at which the next ring starts, in bytes; a multiple of a cache line.
+std::size_t next_ring_offset() noexcept;
+
+template <class T>
+CircularBuffer<T>::CircularBuffer(std::uint64_t elements) : size(elements) {
+    const std::size_t before = next_ring_offset();
+    auto* const block =
+        static_cast<std::byte*>(::operator new(before + elements * sizeof(T), alignment));
+    storage = std::unique_ptr<T[], Release>(reinterpret_cast<T*>(block + before), Release{before});
+    // Written, not left to the system: no page of the ring is touched for the first time by audio.
+    std::uninitialized_fill_n(storage.get(), elements, T{});
+}
+
+template <class T>
+void CircularBuffer<T>::zero() noexcept {
+    for (std::uint64_t i = 0; i < size; ++i) storage[i] = T{};
+}
+
+}  // namespace orvane::blocks::vesk

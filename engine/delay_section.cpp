@@ -1,0 +1,65 @@
+#include "engine/delay_section.h"
+
+namespace orvane::blocks::vesk {
+namespace {
+
+std::uint64_t whole_line(float rate) {
+    return static_cast<std::uint64_t>(rate * line_seconds);
+}
+
+}  // namespace
+
+ReadHead::ReadHead(std::uint64_t entries)
+    : rate_left(entries), rate_right(entries), capacity(entries) {}
+
+void ReadHead::seed(std::int64_t entry_left, std::int64_t entry_right) noexcept {
+    filled = 0;
+    cursor_left = {1, entry_left};
+    cursor_right = {1, entry_right};
+    push(entry_left, entry_right);
+    push(entry_left, entry_right);
+}
+
+DelaySection::DelaySection(float rate)
+    : sample_rate(rate),
+      delay_left(whole_line(rate) + zeros_of_empty_line),
+      delay_right(whole_line(rate) + zeros_of_empty_line),
+      delay_capacity(whole_line(rate) + zeros_of_empty_line),
+      tape_head(whole_line(rate) + 2),
+      delay_smoothing_coefficient(both(one_pole_coefficient(delay_smoothing_time, rate))),
+      crossfade_heads{ReadHead(whole_line(rate) + 2), ReadHead(whole_line(rate) + 2)} {
+    clear_delay_lines();
+    reset_read_heads();
+}
+
+void DelaySection::clear_delay_lines() noexcept {
+    delay_filled = zeros_of_empty_line;
+    for (std::uint64_t i = 0; i < zeros_of_empty_line; ++i) {
+        delay_left.push(0.0f);
+        delay_right.push(0.0f);
+    }
+}
+
+void DelaySection::reset_read_heads() noexcept {
+    const Pair wanted = wanted_delay();
+    smoothed_delay = wanted;
+    head_delay = {wanted, wanted};
+    crossfade_position = crossfade_target = active_head == 0 ? 0.0f : 1.0f;
+    crossfade_remaining = 0;
+    crossfade_length = 0;
+    const Pair entry = fixed_point_one / wanted;
+    tape_head.seed(static_cast<std::int64_t>(entry[0]), static_cast<std::int64_t>(entry[1]));
+    // Both crossfade heads are seeded alike. Their rings differ beyond the two entries that count
+    // as filled, where nobody reads, so that a reset takes the same short time at every length.
+    for (ReadHead& head : crossfade_heads)
+        head.seed(static_cast<std::int64_t>(fixed_point_one),
+                  static_cast<std::int64_t>(fixed_point_one));
+}
+
+void DelaySection::set_repitch(bool value) noexcept {
+    if (value == repitch) return;
+    repitch = value;
+    reset_read_heads();
+}
+
+}  // namespace orvane::blocks::vesk

@@ -1,0 +1,137 @@
+// The engine's elementary functions: short polynomials in place of the standard library's.
+//
+// Pure, without state, table or branch, good to about five decimal digits, and part of the sound:
+// what these polynomials give is what filters, gains and the saturator are. Each is one formula
+// over a lane type, so that a pair or a quad equals its lanes taken alone, bit for bit.
+#pragma once
+
+#include "engine/fused.h"
+#include "engine/lanes.h"
+
+namespace orvane::blocks::vesk {
+
+constexpr float log2_of_e = 1.442695f;
+constexpr float half_pi = 1.5707964f;
+
+// 2 to the power f for f in 0 up to 1; exactly 1 at 0 and 2 at 1, so that results join.
+template <class T>
+VESK_INLINE constexpr T fast_exp2_fraction(T f) noexcept {
+    return fused(f, fused(f, fused(f, fused(f, 0.013487903f, 0.0521745f), 0.24128748f), 0.6930501f),
+                 1.0f);
+}
+
+// 2 to the power x. Exact powers at whole numbers, 0 below -126 (no denormal arises) and for what
+// is not a number, infinity from 128 on.
+template <class T>
+VESK_INLINE constexpr T fast_exp2(T x) noexcept {
+    constexpr float exponent_bias = 127.0f;
+    constexpr float top_exponent = 255.0f;
+    const T limited = smaller(all<T>(top_exponent), x + exponent_bias);
+    const T v = larger(limited, all<T>(0.0f));
+    const Integers<T> i = whole(v);
+    const T scale = from_bits<T>(i << 23);  // the exponent field alone: a power of two
+    return fast_exp2_fraction<T>(v - floats(i)) * scale;
+}
+
+template <class T>
+VESK_INLINE constexpr T fast_exp(T x) noexcept {
+    return fast_exp2<T>(x * log2_of_e);
+}
+template <class T>
+VESK_INLINE constexpr T fast_pow10(T x) noexcept {
+    constexpr float log2_of_10 = 3.321928f;
+    return fast_exp2<T>(x * log2_of_10);
+}
+template <class T>
+VESK_INLINE constexpr T fast_db_to_gain(T x) noexcept {
+    constexpr float octaves_per_db = 0.1660964f;  // log2(10) / 20
+    return fast_exp2<T>(x * octaves_per_db);
+}
+
+// log2(1 + m) for m in 0 up to 1, as a rational function; exactly 0 at 0 and 1 at 1.
+template <class T>
+VESK_INLINE T fast_log2_of_one_plus(T m) noexcept {
+    return (fused(m, fused(m, -0.038423624f, 0.3883265f), 2.1196218f) * m) / (m + 1.4695246f);
+}
+template <class T>
+VESK_INLINE T fast_log2_mantissa(T x) noexcept {
+    return fast_log2_of_one_plus<T>(x - 1.0f);
+}
+
+// x positive and finite: nothing guards it. 0 gives -127.
+template <class T>
+VESK_INLINE T fast_log2(T x) noexcept {
+    const Integers<T> bits = bits_of(x);
+    const T exponent = floats((bits >> 23) - 127);
+    const T mantissa = from_bits<T>((bits & 0x7FFFFF) | 0x3F800000);
+    return exponent + fast_log2_mantissa(mantissa);
+}
+template <class T>
+VESK_INLINE T fast_log10(T x) noexcept {
+    constexpr float log10_of_2 = 0.30103f;
+    return fast_log2(x) * log10_of_2;
+}
+template <class T>
+VESK_INLINE T fast_gain_to_db(T x) noexcept {
+    constexpr float db_per_octave = 6.0206f;  // 20 * log10(2)
+    return fast_log2(x) * db_per_octave;
+}
+
+// sin(x) / x over z = x * x, for x from -pi/2 to pi/2.
+template <class T>
+VESK_INLINE constexpr T sine_over_angle(T z) noexcept {
+    return fused(z, fused(z, fused(z, -0.00018284567f, 0.008304825f), -0.16664949f), 0.99999833f);
+}
+
+// x in radians from -pi/2 to pi/2. A little above 1 at the end: callers that need a bound clamp.
+template <class T>
+VESK_INLINE constexpr T fast_sine(T x) noexcept {
+    return sine_over_angle<T>(x * x) * x;
+}
+
+// Sine of a quarter turn times u, u from 0 to 1.
+VESK_INLINE constexpr float fast_sine_unit(float u) noexcept {
+    constexpr float half_pi_squared = 2.4674013f;
+    return sine_over_angle(u * u * half_pi_squared) * u * half_pi;
+}
+
+// The phase p, 0 up to 1, folded into a triangle: 0, up to 1 at 0.25, down to -1 at 0.75, to 0.
+template <class T>
+VESK_INLINE T triangle_of_phase(T p) noexcept {
+    return 1.0f - magnitude<T>(2.0f - magnitude<T>(p * 4.0f - 3.0f));
+}
+
+// Sine of a phase p in cycles, 0 up to 1.
+template <class T>
+VESK_INLINE T fast_sine_cycle(T p) noexcept {
+    constexpr float half_pi_squared = 2.467401f;  // one float below that of fast_sine_unit
+    const T t = triangle_of_phase(p);
+    return sine_over_angle<T>(t * t * half_pi_squared) * (t * half_pi);
+}
+
+template <class T>
+VESK_INLINE constexpr T fast_tanh(T x) noexcept {
+    constexpr float minus_two_log2_of_e = -2.88539f;
+    const T e = fast_exp2<T>(magnitude(x) * minus_two_log2_of_e);
+    return with_sign_of<T>(x, (1.0f - e) / (e + 1.0f));
+}
+
+// The k of state = (1 - k) * state + k * goal, for a time constant in seconds at a rate in Hz.
+// A time constant of 0 gives 1 to float accuracy: the smoother jumps.
+template <class T>
+VESK_INLINE constexpr T one_pole_coefficient(T seconds, T rate) noexcept {
+    const T samples = seconds * rate;
+    const T floor = all<T>(1e-6f);
+    return 1.0f - fast_exp2<T>(-log2_of_e / (samples < floor ? floor : samples));
+}
+
+// Four-point, third-order Hermite (Catmull-Rom) between b and c, t from 0 up to 1: b at 0 exactly.
+template <class T>
+VESK_INLINE constexpr T hermite_interpolate(T a, T b, T c, T d, T t) noexcept {
+    const T c1 = (c - a) * 0.5f;
+    const T c3 = (d - a) * 0.5f + (b - c) * 1.5f;
+    const T c2 = (a - b) + c1 - c3;
+    return fused(t, fused(t, fused(t, c3, c2), c1), b);
+}
+
+}  // namespace orvane::blocks::vesk

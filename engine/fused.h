@@ -1,0 +1,65 @@
+// One fused multiply-add, a * b + c with a single rounding, with the same bits on every processor.
+//
+// Where the compiler may use the instruction it does. Elsewhere the product is exact in 64 bits and
+// the sum is rounded twice, which differs from once only where the 64-bit sum lies half-way between
+// two 32-bit floats or is too small for a normal one: those take a slower road that rounds the sum
+// to odd first. The C library's own fmaf is a call, and wrong on some platforms.
+#pragma once
+
+#include <cstdint>
+#include <type_traits>
+
+#include "engine/lanes.h"
+
+namespace orvane::blocks::vesk {
+
+// a + b rounded to 32 bits once; product is exact and so is the error of the 64-bit sum.
+[[gnu::noinline]] static constexpr float round_sum_once(double product, double c, double sum) {
+    if (!(sum - sum == 0.0)) return static_cast<float>(sum);  // infinite or not a number
+    const double c_part = sum - product;
+    const double error = (product - (sum - c_part)) + (c - c_part);
+    if (error != 0.0) {
+        auto bits = __builtin_bit_cast(std::uint64_t, sum);
+        if ((bits & 1) == 0) bits = ((error > 0) == (sum > 0)) ? bits + 1 : bits - 1;
+        sum = __builtin_bit_cast(double, bits);
+    }
+    return static_cast<float>(sum);
+}
+
+VESK_INLINE constexpr float fused_in_software(float a, float b, float c) noexcept {
+    constexpr std::uint64_t below_float = 0x1FFFFFFF;  // bits of a double that a float has not
+    constexpr std::uint64_t half_way = 0x10000000;
+    constexpr double smallest_normal = 0x1p-126;
+    const double product = static_cast<double>(a) * static_cast<double>(b);
+    const double sum = product + static_cast<double>(c);
+    const auto bits = __builtin_bit_cast(std::uint64_t, sum);
+    const double size = sum < 0.0 ? -sum : sum;
+    if ((bits & below_float) != half_way && size >= smallest_normal) [[likely]]
+        return static_cast<float>(sum);
+    return round_sum_once(product, static_cast<double>(c), sum);
+}
+
+VESK_INLINE constexpr float fused(float a, float b, float c) noexcept {
+#ifdef __FMA__
+    if (!std::is_constant_evaluated()) return __builtin_fmaf(a, b, c);
+#endif
+    return fused_in_software(a, b, c);
+}
+VESK_INLINE Pair fused(Pair a, Pair b, Pair c) noexcept {
+    return Pair{fused(a[0], b[0], c[0]), fused(a[1], b[1], c[1])};
+}
+VESK_INLINE Quad fused(Quad a, Quad b, Quad c) noexcept {
+    return Quad{fused(a[0], b[0], c[0]), fused(a[1], b[1], c[1]), fused(a[2], b[2], c[2]),
+                fused(a[3], b[3], c[3])};
+}
+// With constants in one or two places.
+template <class T>
+VESK_INLINE constexpr T fused(T a, T b, float c) noexcept requires(!std::is_same_v<T, float>) {
+    return fused(a, b, all<T>(c));
+}
+template <class T>
+VESK_INLINE constexpr T fused(T a, float b, float c) noexcept requires(!std::is_same_v<T, float>) {
+    return fused(a, all<T>(b), all<T>(c));
+}
+
+}  // namespace orvane::blocks::vesk

@@ -1,0 +1,30 @@
+#include "engine/kernels.h"
+
+namespace orvane::blocks::vesk {
+namespace {
+
+// The functions themselves, so that a call is one load away. Until this file's initialiser has run
+// the portable ones stand.
+constinit Kernel current = {nullptr, nullptr};
+
+[[maybe_unused]] const bool chosen = [] {
+    current = processor_has_fma() ? fma_kernel : portable_kernel;
+    return true;
+}();
+
+}  // namespace
+
+bool processor_has_fma() noexcept {
+    return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma") &&
+           __builtin_cpu_supports("bmi") && __builtin_cpu_supports("bmi2");
+}
+
+const Kernel& kernel_in_use() noexcept {
+    return current;
+}
+
+void use_kernel(const Kernel& kernel) noexcept {
+    current = kernel;
+}
+
+}  // namespace orvane::blocks::vesk

@@ -1,0 +1,134 @@
+// The lane types: a Frame in memory, and the vectors of floats that its arithmetic runs in.
+//
+// Pair and Quad are compiler vectors, so + - * / and comparisons act lane by lane, each lane with
+// the bits of the scalar operation, and x[0] reads a lane. A formula over a lane type T is written
+// once and serves float, Pair and Quad.
+#pragma once
+
+#include <cstdint>
+
+// Inlined at every call. The vector loop is compiled for more than one processor; what it shares
+// with other files must leave no copy behind that the linker could hand to them.
+#define VESK_INLINE [[gnu::always_inline]] inline
+
+namespace orvane::blocks::vesk {
+
+// One stereo sample. On the delay lines of mid/side mode left holds mid and right holds side.
+struct Frame {
+    float left = 0.0f;
+    float right = 0.0f;
+};
+
+using Pair = float [[gnu::vector_size(8)]];   // left, right
+using Quad = float [[gnu::vector_size(16)]];  // two pairs
+using IntPair = std::int32_t [[gnu::vector_size(8)]];
+using IntQuad = std::int32_t [[gnu::vector_size(16)]];
+
+// The integers of a lane type's width.
+template <class T>
+struct IntegersOf;
+template <>
+struct IntegersOf<float> {
+    using type = std::int32_t;
+};
+template <>
+struct IntegersOf<Pair> {
+    using type = IntPair;
+};
+template <>
+struct IntegersOf<Quad> {
+    using type = IntQuad;
+};
+template <class T>
+using Integers = typename IntegersOf<T>::type;
+
+VESK_INLINE Pair lanes(Frame x) noexcept {
+    return __builtin_bit_cast(Pair, x);
+}
+VESK_INLINE Frame frame(Pair x) noexcept {
+    return __builtin_bit_cast(Frame, x);
+}
+VESK_INLINE Quad quad(Pair low, Pair high) noexcept {
+    return __builtin_shufflevector(low, high, 0, 1, 2, 3);
+}
+VESK_INLINE Pair low_half(Quad x) noexcept {
+    return __builtin_shufflevector(x, x, 0, 1);
+}
+VESK_INLINE Pair high_half(Quad x) noexcept {
+    return __builtin_shufflevector(x, x, 2, 3);
+}
+VESK_INLINE Pair swapped(Pair x) noexcept {
+    return __builtin_shufflevector(x, x, 1, 0);
+}
+
+// x in every lane.
+template <class T>
+VESK_INLINE constexpr T all(float x) noexcept {
+    return T{} + x;
+}
+template <>
+VESK_INLINE constexpr float all<float>(float x) noexcept {
+    return x;
+}
+template <>
+VESK_INLINE constexpr Pair all<Pair>(float x) noexcept {
+    return Pair{x, x};
+}
+template <>
+VESK_INLINE constexpr Quad all<Quad>(float x) noexcept {
+    return Quad{x, x, x, x};
+}
+VESK_INLINE constexpr Pair both(float x) noexcept {
+    return Pair{x, x};
+}
+
+// The bits of the lanes, and back.
+template <class T>
+VESK_INLINE constexpr Integers<T> bits_of(T x) noexcept {
+    return __builtin_bit_cast(Integers<T>, x);
+}
+template <class T>
+VESK_INLINE constexpr T from_bits(Integers<T> x) noexcept {
+    return __builtin_bit_cast(T, x);
+}
+
+// The fraction dropped; x must fit. And whole numbers as floats.
+VESK_INLINE constexpr std::int32_t whole(float x) noexcept {
+    return static_cast<std::int32_t>(x);
+}
+VESK_INLINE IntPair whole(Pair x) noexcept {
+    return __builtin_convertvector(x, IntPair);
+}
+VESK_INLINE IntQuad whole(Quad x) noexcept {
+    return __builtin_convertvector(x, IntQuad);
+}
+VESK_INLINE constexpr float floats(std::int32_t x) noexcept {
+    return static_cast<float>(x);
+}
+VESK_INLINE Pair floats(IntPair x) noexcept {
+    return __builtin_convertvector(x, Pair);
+}
+VESK_INLINE Quad floats(IntQuad x) noexcept {
+    return __builtin_convertvector(x, Quad);
+}
+
+template <class T>
+VESK_INLINE constexpr T magnitude(T x) noexcept {
+    return from_bits<T>(bits_of(x) & 0x7FFFFFFF);
+}
+// The magnitude of x with the sign of y.
+template <class T>
+VESK_INLINE constexpr T with_sign_of(T y, T x) noexcept {
+    return from_bits<T>((bits_of(x) & 0x7FFFFFFF) | (bits_of(y) & INT32_MIN));
+}
+// a when it is the larger (smaller), otherwise b: a that is not a number gives b.
+template <class T>
+VESK_INLINE constexpr T larger(T a, T b) noexcept {
+    return a > b ? a : b;
+}
+template <class T>
+VESK_INLINE constexpr T smaller(T a, T b) noexcept {
+    return a < b ? a : b;
+}
+
+}  // namespace orvane::blocks::vesk

@@ -1,0 +1,73 @@
+// The effect engine: the whole state of a stereo modulation delay, one sample at a time.
+//
+// The input, scaled, joined by noise and shaped by the gate, enters two delay lines. What leaves
+// them passes the saturator and goes two ways: scaled by the feedback back to the line inputs, and
+// through width and ducker to the wet output. The modulator and the wobble bank touch no audio:
+// they set the read speed. One reverb runs before the lines, behind them or inside the loop.
+//
+// Plain data: setters write members between two samples, `process` reads them. Nothing allocates,
+// locks or throws after construction, and a new sample rate is a new engine.
+#pragma once
+
+#include <cstddef>
+
+#include "engine/delay_section.h"
+#include "engine/dynamics.h"
+#include "engine/lanes.h"
+#include "engine/modes.h"
+#include "engine/modulator.h"
+#include "engine/reverb.h"
+#include "engine/sample_banks.h"
+
+namespace orvane::blocks::vesk {
+
+struct Vesk : DelaySection, Gate {
+    Ducker ducker;
+    Modulator modulator;
+    Reverb reverb;
+    SampleBank<5> noise_bank;
+    SampleBank<4> wobble_bank;
+    float feedback = 0.5f;  // linear
+    bool feedback_invert = false;
+    kv7::orv::vesk::channel_mode channel_mode = kv7::orv::vesk::channel_mode::stereo;
+    float input_gain = 1.0f;     // linear
+    float output_gain = 1.0f;    // linear
+    float mod_delay = 0.0f;      // octaves of read speed per swing of the modulator
+    bool mod_mult = false;       // deepens that threefold
+    float noise_amount = 0.0f;   // linear
+    float wobble_amount = 0.0f;  // octaves of read speed
+    bool clip_dry = false;       // dry path takes input gain, saturator and output gain
+    bool gate_on = false;
+    bool duck_on = false;
+    bool noise_on = false;   // needs attached tables
+    bool wobble_on = false;  // needs attached tables
+    kv7::orv::vesk::location_mode reverb_location = kv7::orv::vesk::location_mode::post;
+    float reverb_amount = 0.0f;  // linear; 0: the reverb stands still
+    float width = 1.0f;          // gain of the wet side signal
+    kv7::orv::vesk::dry_wet_mode dry_wet_mode = kv7::orv::vesk::dry_wet_mode::linear;
+    float dry_wet = 0.7f;   // 0 to 1
+    float dry_gain = 0.0f;  // of dry_wet by the law of dry_wet_mode
+    float wet_gain = 0.0f;
+
+    // rate in Hz, positive. Ready to process. Throws std::bad_alloc.
+    explicit Vesk(float rate);
+    Vesk(const Vesk&) = delete;  // the banks' tables are attached to this address
+    Vesk& operator=(const Vesk&) = delete;
+
+    Frame process(Frame input) noexcept;
+
+    // The same for a vector of 64-bit samples. An output may be the same memory as an input.
+    void process(const double* in_left, const double* in_right, double* out_left, double* out_right,
+                 std::size_t frames) noexcept;
+
+    void set_dry_wet(float position);
+    void set_dry_wet(kv7::orv::vesk::dry_wet_mode mode);
+
+    void engine_clear() noexcept;  // lines and reverb fall silent
+    void engine_reset() noexcept;  // all audio state as in a fresh engine; parameters stay
+
+private:
+    void apply_dry_wet_law();
+};
+
+}  // namespace orvane::blocks::vesk
