@@ -1,0 +1,89 @@
+#include "smooth_value.h"
+
+#include <utility>
+
+namespace kv7::orv {
+
+smooth_value::smooth_value(double value, double lowest, double highest,
+                           std::function<void(double)> set)
+    : current(value),
+      target(value),
+      user_value(value),
+      low(lowest),
+      high(highest),
+      setter(std::move(set)) {}
+
+void smooth_value::set_value(double x) noexcept {
+    const double clamped = !(high >= x) ? high : !(x >= low) ? low : x;
+    user_value.store(clamped, std::memory_order_relaxed);
+    // The value is there before the mark that it waits.
+    waiting.store(true, std::memory_order_release);
+}
+
+void smooth_value::take_waiting() noexcept {
+    if (!waiting.load(std::memory_order_relaxed)) return;
+    // Taken before the value is read: a set in between marks once more and is seen the next time.
+    waiting.exchange(false, std::memory_order_acq_rel);
+    ramp_to(user_value.load(std::memory_order_relaxed), ramp_samples);
+}
+
+void smooth_value::ramp_to(double value, std::uint64_t samples) noexcept {
+    target = value;
+    length = samples;
+    if (samples < 2 || value == current) {
+        current = value;
+        remaining = 0;
+        return;
+    }
+    remaining = samples - 1;
+    step = (value - current) / static_cast<double>(remaining);
+}
+
+double smooth_value::next_value() noexcept {
+    const double value = current;
+    if (remaining != 0) {
+        // Computed back from the target, so that the ramp lands on it exactly.
+        --remaining;
+        current = target - static_cast<double>(remaining) * step;
+    }
+    return value;
+}
+
+bool smooth_value::scan() {
+    take_waiting();
+    if (state == ramp_state::ramping && remaining == 0) {
+        state = ramp_state::idle;
+        setter(current);  // the ramp's last step may have fallen on the vector's last sample
+    } else if (state == ramp_state::idle && remaining != 0) {
+        state = ramp_state::ramping;
+    }
+    return state == ramp_state::ramping;
+}
+
+void smooth_value::rebuilt(double sample_rate) {
+    take_waiting();
+    ramp_samples = static_cast<std::uint64_t>(sample_rate * ramp_seconds);
+    setter(current);
+}
+
+void ramp_list::add(smooth_value& value) {
+    all_.push_back(&value);
+    active_.reserve(all_.size());
+}
+
+void ramp_list::scan() {
+    active_.clear();
+    for (smooth_value* value : all_)
+        if (value->scan()) active_.push_back(value);
+}
+
+bool ramp_list::run_step() {
+    bool changing = false;
+    for (smooth_value* value : active_) {
+        changing |= value->remaining != 0;
+        value->setter(value->next_value());
+    }
+    return changing;
+}
+
+}  // namespace kv7::orv

@@ -1,0 +1,63 @@
+// A value that moves to a new target in a linear ramp of 5 ms, one step a sample.
+//
+// Any thread may set it; the audio thread moves it. A set leaves the value and a mark, and the ramp
+// starts on the audio thread, at the top of the next vector.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <vector>
+
+namespace kv7::orv {
+
+constexpr double ramp_seconds = 0.005;
+
+enum class ramp_state : std::int32_t { ramping = 1, idle = 2 };
+
+struct smooth_value {
+    // The ramp, in the attribute's own unit. Audio thread, or a rebuild that excludes it.
+    double current;
+    double target;
+    double step = 0.0;            // per sample; negative when it falls
+    std::uint64_t remaining = 0;  // steps left; 0: the ramp has ended
+    std::uint64_t length = 0;     // samples given to the last ramp
+
+    std::atomic<double> user_value;    // the clamped value last set: what the attribute reports
+    std::atomic<bool> waiting{false};  // set since the last scan
+    std::uint64_t ramp_samples = 0;  // length of a ramp at the present rate; 0 before there is one
+    double low;
+    double high;
+    std::function<void(double)> setter;
+    ramp_state state = ramp_state::idle;
+
+    smooth_value(double value, double lowest, double highest, std::function<void(double)> set);
+
+    void set_value(double x) noexcept;  // any thread; not a number counts as high
+
+    // Audio thread, or a rebuild that excludes it.
+    void take_waiting() noexcept;
+    void ramp_to(double value, std::uint64_t samples) noexcept;
+    double next_value() noexcept;      // the value before the step
+    bool scan();                       // top of a vector: true while a ramp is to be run in it
+    void rebuilt(double sample_rate);  // hands current to the setter; ramps have the new length
+};
+
+// The values of one object and those of them that ramp in the present vector.
+class ramp_list {
+public:
+    void add(smooth_value& value);  // before there is an audio thread; value outlives the list
+
+    // Audio thread.
+    void scan();
+    bool any_active() const noexcept { return !active_.empty(); }
+    bool run_step();  // one sample's setters; false when no later step of the vector changes any
+
+    const std::vector<smooth_value*>& values() const noexcept { return all_; }
+
+private:
+    std::vector<smooth_value*> all_;
+    std::vector<smooth_value*> active_;  // has room for all
+};
+
+}  // namespace kv7::orv

@@ -1,0 +1,93 @@
+#include "vesk_driver.h"
+
+#include <limits>
+#include <memory>
+#include <utility>
+
+#include "setters.h"
+
+namespace kv7::orv {
+namespace {
+
+using orvane::blocks::vesk::SampleTableSet;
+using orvane::blocks::vesk::Vesk;
+
+template <class... Cases>
+struct overloaded : Cases... {
+    using Cases::operator()...;
+};
+template <class... Cases>
+overloaded(Cases...) -> overloaded<Cases...>;
+
+}  // namespace
+
+std::int64_t whole_number(double x) noexcept {
+    constexpr double limit = 9223372036854775808.0;  // 2^63
+    if (!(x >= -limit && x < limit)) return std::numeric_limits<std::int64_t>::min();
+    return static_cast<std::int64_t>(x);
+}
+
+double clamped_element(double x, double low, double high) noexcept {
+    return x > high ? high : x >= low ? x : low;
+}
+
+vesk_driver::vesk_driver(double rate) : core(rate) {
+    core.rebuild_tables = [](Vesk& engine, float at) {
+        return std::make_unique<SampleTableSet>(engine, at);
+    };
+    core.set_values_again = [this] {
+        for (attribute& a : attributes_) set_again(a);
+    };
+    for (std::size_t i = 0; i < attribute_count; ++i) attributes_.push_back(make_attribute(i));
+}
+
+// The default of a queued attribute goes the way of every later value, through the queue.
+vesk_driver::attribute vesk_driver::make_attribute(std::size_t index) {
+    const attribute_row& row = attribute_table[index];
+    const double standard = row.default_value;
+    attribute made = std::visit(
+        overloaded{
+            [&](continuous_setter setter) -> attribute {
+                core.ramps.add(
+                    smooth_values_.emplace_back(standard, row.low, row.high, core.bind(setter)));
+                return &smooth_values_.back();
+            },
+            [&](toggle_setter setter) -> attribute {
+                return toggle{core.bind(setter), standard != 0.0};
+            },
+            [&](choice_setter setter) -> attribute {
+                return choice{core.bind(setter), static_cast<std::int32_t>(standard)};
+            },
+            [&](list_setter setter) -> attribute {
+                return number_list{core.bind(setter), std::vector<double>(list_length, standard)};
+            }},
+        attribute_setters[index]);
+    if (row.kind != attribute_kind::continuous) set_again(made);
+    return made;
+}
+
+void vesk_driver::set_again(attribute& a) {
+    std::visit(
+        overloaded{[](smooth_value* s) { s->set_value(s->user_value.load()); },
+                   [&](auto& queued) { core.parameters.post_change(queued.setter, queued.value); }},
+        a);
+}
+
+void vesk_driver::set(std::size_t index, std::span<const double> values) {
+    if (values.empty()) return;
+    attribute& a = attributes_[index];
+    const attribute_row& row = attribute_table[index];
+    std::visit(
+        overloaded{[&](smooth_value* s) { s->set_value(values[0]); },
+                   [&](toggle& t) { t.value = whole_number(values[0]) != 0; },
+                   [&](choice& c) { c.value = static_cast<std::int32_t>(whole_number(values[0])); },
+                   [&](number_list& l) {
+                       l.value.clear();
+                       for (const double x : values)
+                           l.value.push_back(clamped_element(x, row.low, row.high));
+                   }},
+        a);
+    if (row.kind != attribute_kind::continuous) set_again(a);
+}
+
+}  // namespace kv7::orv
