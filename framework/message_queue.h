@@ -35,8 +35,8 @@ private:
     };
 
     struct ring_block {
-        alignas(cache_line) std::atomic<std::size_t> read_index{0};  // written by the consumer
-        std::size_t cached_write_index = 0;                          // the consumer's copy
+        alignas(cache_line) std::atomic<std::size_t> read_index{0};   // written by the consumer
+        std::size_t cached_write_index = 0;                           // the consumer's copy
         alignas(cache_line) std::atomic<std::size_t> write_index{0};  // written by the producer
         std::size_t cached_read_index = 0;                            // the producer's copy
         ring_block* next = nullptr;

@@ -1,0 +1,51 @@
+// scenario engine|device SCENARIO OUT: plays a scenario into raw interleaved stereo, 32-bit floats
+// from the bare engine, 64-bit floats from the device. scenario tables OUT: the built-in tables.
+#include <cstdio>
+#include <exception>
+#include <fstream>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "engine/sample_sources.h"
+#include "scenario.h"
+
+namespace {
+
+template <class T>
+void write(std::ofstream& file, const std::vector<T>& values) {
+    file.write(reinterpret_cast<const char*>(values.data()),
+               static_cast<std::streamsize>(values.size() * sizeof(T)));
+}
+
+int run(const std::vector<std::string>& words) {
+    const std::string mode = words.empty() ? "" : words[0];
+    const bool plays = (mode == "engine" || mode == "device") && words.size() == 3;
+    if (!plays && !(mode == "tables" && words.size() == 2)) {
+        std::fputs("usage: scenario engine|device SCENARIO OUT\n       scenario tables OUT\n",
+                   stderr);
+        return 2;
+    }
+    std::ofstream file(words.back(), std::ios::binary);
+    if (mode == "engine") {
+        write(file, scenario::play_engine(scenario::read_scenario(words[1])));
+    } else if (mode == "device") {
+        write(file, scenario::play_device(scenario::read_scenario(words[1])));
+    } else {
+        for (const auto& table : orvane::blocks::vesk::noise_sources()) write(file, table);
+        for (const auto& table : orvane::blocks::vesk::wobble_sources()) write(file, table);
+    }
+    if (!file.flush()) throw std::runtime_error(words.back() + ": cannot be written");
+    return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return run(std::vector<std::string>(argv + 1, argv + argc));
+    } catch (const std::exception& e) {
+        std::fprintf(stderr, "scenario: %s\n", e.what());
+        return 1;
+    }
+}

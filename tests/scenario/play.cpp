@@ -1,0 +1,147 @@
+// Plays a scenario: on a bare engine, or through ramps, queue and vectors.
+#include <memory>
+#include <stdexcept>
+
+#include "scenario.h"
+#include "setters.h"
+#include "vesk_driver.h"
+
+namespace scenario {
+namespace {
+
+using orvane::blocks::vesk::SampleTableSet;
+using orvane::blocks::vesk::Vesk;
+
+struct TableContents {
+    std::array<std::vector<float>, 5> noise;
+    std::array<std::vector<float>, 4> wobble;
+};
+
+// The tables of the built-in forms one behind the other.
+std::unique_ptr<TableContents> read_tables(const std::string& path) {
+    if (path.empty()) return nullptr;
+    constexpr std::size_t noise_length = 88200, wobble_length = 384;
+    const std::vector<float> all = read_floats(path);
+    auto contents = std::make_unique<TableContents>();
+    if (all.size() != 5 * noise_length + 4 * wobble_length)
+        throw std::runtime_error(path + ": not five noise and four wobble tables");
+    auto next = all.begin();
+    const auto take = [&](std::size_t n) {
+        next += static_cast<std::ptrdiff_t>(n);
+        return std::vector<float>(next - static_cast<std::ptrdiff_t>(n), next);
+    };
+    for (auto& table : contents->noise) table = take(noise_length);
+    for (auto& table : contents->wobble) table = take(wobble_length);
+    return contents;
+}
+
+std::unique_ptr<SampleTableSet> make_tables(const TableContents* contents, Vesk& engine,
+                                            float rate) {
+    if (contents == nullptr) return std::make_unique<SampleTableSet>(engine, rate);
+    return std::make_unique<SampleTableSet>(engine, rate, contents->noise, contents->wobble);
+}
+
+void seed(const Scenario& s, Vesk& engine) {
+    if (!s.has_seed) return;
+    engine.modulator.random_state = s.seed;
+    engine.modulator.reset();
+}
+
+void set_directly(Vesk& engine, const Event& event) {
+    using namespace kv7::orv;
+    const attribute_setter& setter = attribute_setters[event.attribute];
+    const double v = event.values[0];
+    if (const auto* c = std::get_if<continuous_setter>(&setter)) (*c)(engine, v);
+    if (const auto* t = std::get_if<toggle_setter>(&setter)) (*t)(engine, whole_number(v) != 0);
+    if (const auto* c = std::get_if<choice_setter>(&setter))
+        (*c)(engine, static_cast<std::int32_t>(whole_number(v)));
+    if (const auto* l = std::get_if<list_setter>(&setter)) (*l)(engine, event.values);
+}
+
+}  // namespace
+
+std::vector<float> play_engine(const Scenario& s) {
+    const auto rate = static_cast<float>(s.rate);
+    const auto contents = read_tables(s.tables);
+    Vesk engine(rate);
+    const auto tables = make_tables(contents.get(), engine, rate);
+    seed(s, engine);
+    std::vector<float> out;
+    out.reserve(2 * s.frames);
+    auto event = s.events.begin();
+    std::uint64_t n = 0;
+    for (const Frame x : make_input(s)) {
+        for (; event != s.events.end() && event->frame <= n; ++event) {
+            switch (event->kind) {
+                case Event::Kind::set:
+                    set_directly(engine, *event);
+                    break;
+                case Event::Kind::clear:
+                    engine.engine_clear();
+                    break;
+                case Event::Kind::reset:
+                    engine.engine_reset();
+                    break;
+                case Event::Kind::rate:
+                    throw std::runtime_error("an engine's rate does not change");
+            }
+        }
+        const Frame y = engine.process(x);
+        out.push_back(y.left);
+        out.push_back(y.right);
+        ++n;
+    }
+    return out;
+}
+
+std::vector<double> play_device(const Scenario& s) {
+    const auto contents = read_tables(s.tables);
+    kv7::orv::vesk_driver driver(s.rate);
+    driver.core.rebuild_tables = [&](Vesk& engine, float rate) {
+        return make_tables(contents.get(), engine, rate);
+    };
+    const auto announce = [&](double rate) {
+        const Vesk* const before = driver.core.engine.get();
+        driver.prepare(rate);
+        if (driver.core.engine.get() != before) seed(s, *driver.core.engine);
+    };
+    announce(s.rate);
+
+    const std::vector<Frame> input = make_input(s);
+    std::vector<double> out(2 * input.size());
+    std::vector<double> left(s.vector_size), right(s.vector_size);
+    double* const channels[2] = {left.data(), right.data()};
+    auto event = s.events.begin();
+    for (std::size_t first = 0; first < input.size(); first += s.vector_size) {
+        for (; event != s.events.end() && event->frame <= first; ++event) {
+            switch (event->kind) {
+                case Event::Kind::set:
+                    driver.set(event->attribute, event->values);
+                    break;
+                case Event::Kind::clear:
+                    driver.core.request_clear();
+                    break;
+                case Event::Kind::reset:
+                    driver.core.request_reset();
+                    break;
+                case Event::Kind::rate:
+                    announce(event->values[0]);
+                    break;
+            }
+        }
+        const std::size_t frames = std::min(s.vector_size, input.size() - first);
+        for (std::size_t i = 0; i < frames; ++i) {
+            left[i] = static_cast<double>(input[first + i].left);
+            right[i] = static_cast<double>(input[first + i].right);
+        }
+        const kv7::orv::signal_bundle bundle{channels, 2, static_cast<std::int32_t>(frames)};
+        driver.core.perform(bundle, bundle);
+        for (std::size_t i = 0; i < frames; ++i) {
+            out[2 * (first + i)] = left[i];
+            out[2 * (first + i) + 1] = right[i];
+        }
+    }
+    return out;
+}
+
+}  // namespace scenario

@@ -1,0 +1,115 @@
+// Reads the scenario language.
+#include <algorithm>
+#include <charconv>
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+
+#include "attribute_table.h"
+#include "scenario.h"
+
+namespace scenario {
+namespace {
+
+using Words = std::vector<std::string>;
+
+std::runtime_error wrong(const std::string& what) {
+    return std::runtime_error(what);
+}
+
+double number(const std::string& word) {
+    double value = 0.0;
+    const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), value);
+    if (error != std::errc() || end != word.data() + word.size())
+        throw wrong("'" + word + "' is not a number");
+    return value;
+}
+
+std::uint64_t count(const std::string& word) {
+    std::uint64_t value = 0;
+    const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), value);
+    if (error != std::errc() || end != word.data() + word.size())
+        throw wrong("'" + word + "' is not a whole number");
+    return value;
+}
+
+void need(const Words& words, std::size_t n) {
+    if (words.size() < n)
+        throw wrong("'" + words[0] + "' needs " + std::to_string(n - 1) + " words");
+}
+
+Event read_event(const Words& words) {
+    need(words, 3);
+    Event event;
+    event.frame = count(words[1]);
+    if (words[2] == "clear") {
+        event.kind = Event::Kind::clear;
+    } else if (words[2] == "reset") {
+        event.kind = Event::Kind::reset;
+    } else if (words[2] == "rate") {
+        need(words, 4);
+        event.kind = Event::Kind::rate;
+        event.values = {number(words[3])};
+    } else if (words[2] == "set") {
+        need(words, 5);
+        event.attribute = kv7::orv::attribute_index(words[3]);
+        if (event.attribute == kv7::orv::attribute_count)
+            throw wrong("no attribute '" + words[3] + "'");
+        for (std::size_t i = 4; i < words.size(); ++i) event.values.push_back(number(words[i]));
+    } else {
+        throw wrong("'" + words[2] + "' is neither set, clear, reset nor rate");
+    }
+    return event;
+}
+
+void read_line(const Words& words, const std::string& folder, Scenario& s) {
+    need(words, 2);
+    if (words[0] == "rate") {
+        s.rate = number(words[1]);
+    } else if (words[0] == "frames") {
+        s.frames = count(words[1]);
+    } else if (words[0] == "vector") {
+        s.vector_size = count(words[1]);
+        if (s.vector_size == 0) throw wrong("a vector has at least one frame");
+    } else if (words[0] == "input") {
+        s.input = {Words(words.begin() + 1, words.end()), folder};
+    } else if (words[0] == "seed") {
+        need(words, 3);
+        s.seed = {static_cast<std::uint32_t>(count(words[1])),
+                  static_cast<std::uint32_t>(count(words[2]))};
+        s.has_seed = true;
+    } else if (words[0] == "tables") {
+        s.tables = folder + words[1];
+    } else if (words[0] == "at") {
+        s.events.push_back(read_event(words));
+    } else {
+        throw wrong("unknown directive '" + words[0] + "'");
+    }
+}
+
+}  // namespace
+
+Scenario read_scenario(const std::string& path) {
+    std::ifstream file(path);
+    if (!file) throw wrong(path + ": cannot be read");
+    const std::string folder = path.substr(0, path.rfind('/') + 1);
+    Scenario s;
+    std::string line;
+    for (int n = 1; std::getline(file, line); ++n) {
+        std::istringstream text(line.substr(0, line.find('#')));
+        Words words;
+        for (std::string word; text >> word;) words.push_back(word);
+        if (words.empty()) continue;
+        try {
+            read_line(words, folder, s);
+        } catch (const std::exception& e) {
+            throw wrong(path + ":" + std::to_string(n) + ": " + e.what());
+        }
+    }
+    if (!(s.rate > 0.0)) throw wrong(path + ": no positive rate");
+    std::stable_sort(s.events.begin(), s.events.end(),
+                     [](const Event& a, const Event& b) { return a.frame < b.frame; });
+    return s;
+}
+
+}  // namespace scenario

@@ -1,0 +1,59 @@
+// A scenario: an input and a list of events, told in a small language of one directive a line.
+//
+//   rate R | frames N | vector N | seed S0 S1 | tables PATH
+//   input silence | impulse FRAME L R | sine FL FR AMP | noise SEED AMP
+//         | burst SEED AMP ON OFF | file PATH
+//   at F set NAME V... | at F clear | at F reset | at F rate R
+//
+// '#' starts a comment; paths count from the scenario's folder.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "engine/lanes.h"
+
+namespace scenario {
+
+using orvane::blocks::vesk::Frame;
+
+struct Event {
+    enum class Kind { set, clear, reset, rate };
+    std::uint64_t frame = 0;
+    Kind kind = Kind::set;
+    std::size_t attribute = 0;   // of set
+    std::vector<double> values;  // of set; of rate: one
+};
+
+// The words of an input directive, made into samples frame by frame.
+struct Input {
+    std::vector<std::string> words{"silence"};
+    std::string folder;
+};
+
+struct Scenario {
+    double rate = 0.0;  // Hz
+    std::uint64_t frames = 0;
+    std::size_t vector_size = 64;
+    Input input;
+    std::array<std::uint32_t, 2> seed{};
+    bool has_seed = false;
+    std::string tables;         // path; empty: the built-in ones
+    std::vector<Event> events;  // by frame, at equal frames in the order of the file
+};
+
+// Throws std::runtime_error with the file, the line and what is wrong.
+Scenario read_scenario(const std::string& path);
+
+// All frames of the input. Throws std::runtime_error when a file cannot be read.
+std::vector<Frame> make_input(const Scenario& scenario);
+
+// Interleaved stereo.
+std::vector<float> play_engine(const Scenario& scenario);
+std::vector<double> play_device(const Scenario& scenario);
+
+std::vector<float> read_floats(const std::string& path);
+
+}  // namespace scenario
