@@ -30,6 +30,7 @@ struct attribute_info {
     std::vector<std::pair<std::string, std::string>> properties;  // "label", "style", ...
 
     TESK_EXPORT std::string property(const std::string& key) const;  // "" when there is none
+    TESK_EXPORT double number(const std::string& key) const;         // quoted or not; NaN when none
     TESK_EXPORT std::vector<std::string> value_names() const;        // of "enumvals"
 };
 
@@ -105,14 +106,19 @@ private:
     host() = default;
 };
 
-// One box. The destructor frees it, on the main thread; what still waits for it is dropped, and
-// calls under way on other threads are awaited.
+// One box. Freed on the main thread: what still waits for it is dropped, and calls under way on
+// other threads are awaited.
 class instance {
 public:
-    explicit instance(instance_record* record) noexcept : record_(record) {}
-    TESK_EXPORT ~instance();
+    struct borrowed {};
+    TESK_EXPORT explicit instance(instance_record* record) noexcept;
+    TESK_EXPORT instance(instance_record* record, borrowed) noexcept;  // the host's own
+    TESK_EXPORT ~instance();                                           // frees
     instance(const instance&) = delete;
     instance& operator=(const instance&) = delete;
+
+    // Gives the object back before this handle goes: from here on everything is refused, quietly.
+    TESK_EXPORT void free();
 
     // Any thread; the object decides what it does there. False when refused, with a line in the
     // error channel: text that can't be read, a private message, an unknown selector, an unknown
@@ -149,7 +155,10 @@ public:
     TESK_EXPORT void* object() const;
 
 private:
+    void refuse(const std::string& why) const;  // a line in the error channel
     instance_record* record_;
+    int output_count_ = 0;
+    bool borrowed_ = false;
 };
 
 // A thread that runs vectors of one instance until it is stopped. before_vector may send and set.
