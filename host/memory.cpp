@@ -1,0 +1,64 @@
+// The memory that objects hold of the host, counted so that a leak shows.
+#include <cstring>
+#include <new>
+
+#include "host/state.h"
+
+extern "C" {
+
+void* sysmem_newptr(int64_t size) {
+    if (size < 0) return nullptr;
+    void* const memory = ::operator new(static_cast<std::size_t>(size), std::nothrow);
+    if (memory != nullptr) ++tesk::state().live.pointers;
+    return memory;
+}
+
+void sysmem_freeptr(void* memory) {
+    if (memory == nullptr) return;
+    --tesk::state().live.pointers;
+    ::operator delete(memory);
+}
+
+void* object_alloc(tesk_class* of_class) {
+    if (of_class == nullptr) return nullptr;
+    constexpr std::align_val_t alignment{64};
+    const auto size = static_cast<std::size_t>(of_class->size);
+    void* const memory = ::operator new(size, alignment, std::nothrow);
+    if (memory == nullptr) return nullptr;
+    std::memset(memory, 0, size);
+    auto* const record = new tesk::instance_record;
+    record->object = static_cast<tesk_signal_object*>(memory);
+    record->of_class = of_class;
+    record->chain.of_class = &tesk::state().chain_class;
+    record->chain.builds = record;
+    record->object->of_class = of_class;
+    record->object->record = record;
+    tesk::state().allocated.push_back(record);
+    ++tesk::state().live.instances;
+    return memory;
+}
+
+}  // extern "C"
+
+namespace tesk {
+
+void give_back(instance_record& record) {
+    host_state& host = state();
+    drop_tasks_of(record.object);
+    host.live.outlets -= static_cast<std::int64_t>(record.outlets.size());
+    record.outlets.clear();
+    if (record.registered) --host.live.registrations;
+    record.registered = false;
+    if (record.object == nullptr) return;
+    ::operator delete (record.object, std::align_val_t{64});
+    record.object = nullptr;
+    --host.live.instances;
+}
+
+live_memory host::live() const {
+    const auto& now = state().live;
+    return {now.pointers, now.instances,    now.qelems,
+            now.outlets,  now.dictionaries, now.registrations};
+}
+
+}  // namespace tesk
