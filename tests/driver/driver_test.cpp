@@ -233,8 +233,7 @@ TEST(Driver, AFailedRebuildLeavesEverythingAsItWas) {
     played.set("feedback", {1.0});
     played.vector(512, 0.5);
     const Vesk* const before = &played.engine();
-    played.driver.core.rebuild_tables =
-        [](Vesk&, float) -> std::unique_ptr<orvane::blocks::vesk::SampleTableSet> {
+    played.driver.core.rebuild_tables = [](Vesk&, float) -> std::shared_ptr<void> {
         throw std::bad_alloc();
     };
     EXPECT_THROW(played.prepare(48000.0), std::bad_alloc);

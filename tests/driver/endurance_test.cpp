@@ -7,6 +7,7 @@
 #include <new>
 #include <vector>
 
+#include "dice.h"
 #include "vesk_driver.h"
 
 namespace {
@@ -50,18 +51,6 @@ void operator delete(void* memory, std::size_t, std::align_val_t) noexcept {
 namespace kv7::orv {
 namespace {
 
-class Dice {
-public:
-    double unit() {
-        state_ = state_ * 6364136223846793005U + 1442695040888963407U;
-        return static_cast<double>(state_ >> 11) * 0x1p-53;
-    }
-    int below(int n) { return static_cast<int>(unit() * n); }
-
-private:
-    std::uint64_t state_ = 11;
-};
-
 // Any attribute to a random value of its range, often to an end of it.
 void set_at_random(Dice& dice, vesk_driver& driver) {
     const auto index = static_cast<std::size_t>(dice.below(static_cast<int>(attribute_count)));
@@ -81,7 +70,7 @@ void set_at_random(Dice& dice, vesk_driver& driver) {
 }
 
 TEST(Endurance, TenMinutesOfEverythingMovedStayFiniteAndTouchNoHeap) {
-    Dice dice;
+    Dice dice(11);
     constexpr double seconds_at_each_rate = 200.0;
     constexpr int frames = 256;
     std::vector<double> left(frames), right(frames);
@@ -98,8 +87,8 @@ TEST(Endurance, TenMinutesOfEverythingMovedStayFiniteAndTouchNoHeap) {
             if (dice.below(5000) == 0) driver.core.request_reset();
             const double level = dice.below(8) == 0 ? 0.0 : dice.unit();
             for (int i = 0; i < frames; ++i) {
-                left[static_cast<std::size_t>(i)] = (2 * dice.unit() - 1) * level;
-                right[static_cast<std::size_t>(i)] = (2 * dice.unit() - 1) * level;
+                left[static_cast<std::size_t>(i)] = dice.swing() * level;
+                right[static_cast<std::size_t>(i)] = dice.swing() * level;
             }
             counting = true;
             driver.core.perform(bundle, bundle);

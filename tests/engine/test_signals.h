@@ -2,31 +2,22 @@
 #pragma once
 
 #include <bit>
-#include <cmath>
 #include <cstdint>
 #include <vector>
 
+#include "dice.h"
 #include "engine/vesk.h"
 
 namespace orvane::blocks::vesk {
 
-// Uniform from -1 up to 1, the same on every run.
-class TestNoise {
+class TestNoise : public Dice {
 public:
-    explicit TestNoise(std::uint64_t seed) : state_(seed) {}
-    std::uint64_t word() {
-        state_ = state_ * 6364136223846793005U + 1442695040888963407U;
-        return state_ >> 24;
-    }
-    double unit() { return static_cast<double>(word() & 0xFFFFFFFF) / 4294967296.0; }
-    float next() { return static_cast<float>(unit() * 2.0 - 1.0); }
+    using Dice::Dice;
+    float next() { return static_cast<float>(swing()); }
     Frame frame() {
         const float left = next();
         return {left, next()};
     }
-
-private:
-    std::uint64_t state_;
 };
 
 inline bool same_bits(Frame a, Frame b) {

@@ -2,6 +2,7 @@
 #include <memory>
 #include <stdexcept>
 
+#include "attribute_values.h"
 #include "scenario.h"
 #include "setters.h"
 #include "vesk_driver.h"
@@ -35,10 +36,10 @@ std::unique_ptr<TableContents> read_tables(const std::string& path) {
     return contents;
 }
 
-std::unique_ptr<SampleTableSet> make_tables(const TableContents* contents, Vesk& engine,
+std::shared_ptr<SampleTableSet> make_tables(const TableContents* contents, Vesk& engine,
                                             float rate) {
-    if (contents == nullptr) return std::make_unique<SampleTableSet>(engine, rate);
-    return std::make_unique<SampleTableSet>(engine, rate, contents->noise, contents->wobble);
+    if (contents == nullptr) return std::make_shared<SampleTableSet>(engine, rate);
+    return std::make_shared<SampleTableSet>(engine, rate, contents->noise, contents->wobble);
 }
 
 void seed(const Scenario& s, Vesk& engine) {

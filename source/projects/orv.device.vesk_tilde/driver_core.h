@@ -24,7 +24,7 @@ struct signal_bundle {
 };
 
 // Owner, except for the audio thread's perform and the requests of any thread: the main thread.
-template <class Engine, class Tables>
+template <class Engine>
 class driver_core {
 public:
     // An engine that is replaced before it is heard; rate in Hz. Throws std::bad_alloc.
@@ -34,14 +34,14 @@ public:
     driver_core& operator=(const driver_core&) = delete;
 
     // Declared so that the engine goes first and its tables, which it refers to, after it.
-    std::unique_ptr<Tables> tables;
+    std::shared_ptr<void> tables;
     std::unique_ptr<Engine> engine;
     double prepared_sample_rate = 0.0;  // Hz of the last rebuild; 0: none yet, vectors are silent
     parameter_queue<Engine> parameters;
     ramp_list ramps;
 
-    // Makes the tables of a new engine at its rate; may be empty.
-    std::function<std::unique_ptr<Tables>(Engine&, float)> rebuild_tables;
+    // Makes the tables of a new engine at its rate, in Hz; may be empty.
+    std::function<std::shared_ptr<void>(Engine&, float)> rebuild_tables;
     // Sets every attribute's value once more, in the order of registration.
     std::function<void()> set_values_again;
 
@@ -73,12 +73,12 @@ private:
     vector_gate gate_;
 };
 
-template <class Engine, class Tables>
-void driver_core<Engine, Tables>::prepare(double rate) {
+template <class Engine>
+void driver_core<Engine>::prepare(double rate) {
     if (!(rate < prepared_sample_rate) && !(rate > prepared_sample_rate)) return;
     // Finished before anything is given up, so that a failure here changes nothing.
     auto new_engine = std::make_unique<Engine>(static_cast<float>(rate));
-    std::unique_ptr<Tables> new_tables;
+    std::shared_ptr<void> new_tables;
     if (rebuild_tables) new_tables = rebuild_tables(*new_engine, static_cast<float>(rate));
     {
         const vector_gate::exclusion no_vector(gate_);
@@ -93,8 +93,8 @@ void driver_core<Engine, Tables>::prepare(double rate) {
     new_engine.reset();
 }
 
-template <class Engine, class Tables>
-void driver_core<Engine, Tables>::perform(const signal_bundle& in, const signal_bundle& out) {
+template <class Engine>
+void driver_core<Engine>::perform(const signal_bundle& in, const signal_bundle& out) {
     const bool entered = gate_.try_enter();
     if (!entered || prepared_sample_rate == 0.0) {
         const std::int32_t frames = std::max(in.frame_count, 0);
@@ -105,8 +105,8 @@ void driver_core<Engine, Tables>::perform(const signal_bundle& in, const signal_
     if (entered) gate_.leave();
 }
 
-template <class Engine, class Tables>
-void driver_core<Engine, Tables>::take_requests() noexcept {
+template <class Engine>
+void driver_core<Engine>::take_requests() noexcept {
     if (requests_.load(std::memory_order_relaxed) == 0) return;
     const std::uint32_t taken = requests_.exchange(0, std::memory_order_relaxed);
     if ((taken & reset_bit) != 0)
@@ -115,8 +115,8 @@ void driver_core<Engine, Tables>::take_requests() noexcept {
         engine->engine_clear();
 }
 
-template <class Engine, class Tables>
-void driver_core<Engine, Tables>::run(const signal_bundle& in, const signal_bundle& out) {
+template <class Engine>
+void driver_core<Engine>::run(const signal_bundle& in, const signal_bundle& out) {
     take_requests();
     ramps.scan();
     parameters.apply_queued_changes();

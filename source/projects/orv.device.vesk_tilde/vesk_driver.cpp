@@ -1,9 +1,10 @@
 #include "vesk_driver.h"
 
-#include <limits>
 #include <memory>
 #include <utility>
 
+#include "attribute_values.h"
+#include "engine/sample_banks.h"
 #include "setters.h"
 
 namespace kv7::orv {
@@ -21,19 +22,9 @@ overloaded(Cases...) -> overloaded<Cases...>;
 
 }  // namespace
 
-std::int64_t whole_number(double x) noexcept {
-    constexpr double limit = 9223372036854775808.0;  // 2^63
-    if (!(x >= -limit && x < limit)) return std::numeric_limits<std::int64_t>::min();
-    return static_cast<std::int64_t>(x);
-}
-
-double clamped_element(double x, double low, double high) noexcept {
-    return x > high ? high : x >= low ? x : low;
-}
-
 vesk_driver::vesk_driver(double rate) : core(rate) {
     core.rebuild_tables = [](Vesk& engine, float at) {
-        return std::make_unique<SampleTableSet>(engine, at);
+        return std::make_shared<SampleTableSet>(engine, at);
     };
     core.set_values_again = [this] {
         for (attribute& a : attributes_) set_again(a);

@@ -11,17 +11,11 @@
 
 #include "attribute_table.h"
 #include "driver_core.h"
-#include "engine/sample_banks.h"
 #include "engine/vesk.h"
 
 namespace kv7::orv {
 
-using vesk_core = driver_core<orvane::blocks::vesk::Vesk, orvane::blocks::vesk::SampleTableSet>;
-
-// The fraction dropped; what does not fit or is not a number gives the smallest integer.
-std::int64_t whole_number(double x) noexcept;
-// Each element within the range; what is not a number counts as low.
-double clamped_element(double x, double low, double high) noexcept;
+using vesk_core = driver_core<orvane::blocks::vesk::Vesk>;
 
 class vesk_driver {
 public:

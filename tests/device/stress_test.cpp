@@ -1,0 +1,106 @@
+// Everything at once: audio at full speed, a main thread that sets and changes rates, and a third
+// thread that sends messages and attributes. VESK_STRESS_SECONDS says how long; 2 at first.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <cmath>
+#include <cstdlib>
+#include <string>
+#include <thread>
+
+#include "twin.h"
+
+namespace kv7::orv {
+namespace {
+
+double random_value(Dice& dice, const attribute_row& row) {
+    const double high = row.kind == attribute_kind::toggle ? 1.0 : row.high;
+    const double any = row.low + (high - row.low) * dice.unit();
+    const bool whole = row.kind == attribute_kind::toggle || row.kind == attribute_kind::choice;
+    return whole ? std::round(any) : any;
+}
+
+const attribute_row& random_row(Dice& dice) {
+    return attribute_table[static_cast<std::size_t>(dice.below(int(attribute_count)))];
+}
+
+TEST(Stress, AudioMainAndAThirdThreadAtOnce) {
+    const char* const wanted = std::getenv("VESK_STRESS_SECONDS");
+    const auto length = std::chrono::duration<double>(wanted ? std::atof(wanted) : 2.0);
+    tesk::host& host = tesk::host::the();
+    object_name();
+    const tesk::live_memory before = host.live();
+    {
+        Twin twin;
+        tesk::instance& instance = *twin.instance;
+        instance.prepare(44100, 64);
+        std::atomic<bool> stop{false};
+        {
+            Dice input(3);
+            tesk::audio_thread audio(instance, {64, true, [&](std::int64_t, double* const* inputs) {
+                                                    for (int c = 0; c < 2; ++c)
+                                                        for (int i = 0; i < 64; ++i)
+                                                            inputs[c][i] = input.unit() - 0.5;
+                                                }});
+            std::thread third([&] {
+                Dice dice(4);
+                while (!stop) {
+                    const attribute_row& row = random_row(dice);
+                    instance.set(row.info.name, random_value(dice, row));
+                    if (dice.below(20) == 0) instance.send("reset");
+                    if (dice.below(20) == 0) instance.send("clear");
+                    std::this_thread::sleep_for(std::chrono::microseconds(dice.below(200)));
+                }
+            });
+            Dice dice(5);
+            const auto end = std::chrono::steady_clock::now() + length;
+            int rebuilds = 0;
+            while (std::chrono::steady_clock::now() < end) {
+                for (int k = 0; k < 20; ++k) {
+                    const attribute_row& row = random_row(dice);
+                    instance.set(row.info.name, random_value(dice, row));
+                    host.serve();
+                }
+                instance.send(dice.below(2) == 0 ? "clear" : "reset");
+                instance.prepare(8000.0 + 4000.0 * (++rebuilds % 5), 64);
+                std::this_thread::sleep_for(std::chrono::milliseconds(dice.below(10)));
+            }
+            stop = true;
+            third.join();
+            host.serve();
+            EXPECT_GT(audio.vectors(), 10);
+        }
+        // One last set of each; then object and engine agree on every value: what it plays is what
+        // a fresh driver with the reported values plays.
+        Dice last(6);
+        instance.prepare(44100, 64);
+        twin.driver.prepare(44100);
+        for (int drained = 0; drained < 3; ++drained) {
+            double silence[2][64] = {};
+            double* const channels[2] = {silence[0], silence[1]};
+            instance.run(channels, channels, 64);
+            host.serve();
+        }
+        for (const attribute_row& row : attribute_table) {
+            const bool random_wave = std::string(row.info.name) == "mod_waveform";
+            const double value = random_wave ? 3.0 : random_value(last, row);
+            twin.set(row.info.name, {value, value});
+            EXPECT_EQ(instance.get_number(row.info.name), value) << row.info.name;
+        }
+        double silence[2][64] = {};
+        double* const channels[2] = {silence[0], silence[1]};
+        for (int n = 0; n < 20; ++n) {  // over the ramps
+            instance.run(channels, channels, 64);
+            const signal_bundle bundle{channels, 2, 64};
+            twin.driver.core.perform(bundle, bundle);
+        }
+        twin.reset();
+        for (int n = 0; n < 200; ++n) twin.vector(64);
+        EXPECT_TRUE(host.take_errors().empty());
+    }
+    EXPECT_TRUE(host.live() == before);
+}
+
+}  // namespace
+}  // namespace kv7::orv
