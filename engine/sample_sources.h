@@ -1,0 +1,17 @@
+// The recordings of imperfect equipment: noise to add to the input.
+//
+// They are made once when the program loads, before any object exists, and never change. No sample
+// depends on the machine, the compiler or its library. Since each file makes its own constants, an
+// initialiser of another file can't read them yet.
+#pragma once
+
+#include <array>
+#include <vector>
+
+namespace orvane::blocks::vesk {
+
+// Multiples of 2^-15, looped without a click: hum and hiss, bright hiss, strong hum, rumble with
+// spikes, dull hum. 88200 samples each, two seconds at 44100 Hz.
+const std::array<std::vector<float>, 5>& noise_sources() noexcept;
+
+}  // namespace orvane::blocks::vesk
