@@ -1,4 +1,4 @@
-// The sample tables measured: level, spectrum, shape, loop, and the same bits everywhere.
+// The nine sample tables measured: level, spectrum, shape, loop, and the same bits everywhere.
 #include "engine/sample_sources.h"
 
 #include <gtest/gtest.h>
@@ -259,6 +259,92 @@ TEST(NoiseSources, RumbleHas36SpikesMostOfThemOnAGrid) {
 // Two builds that disagree here would not render the same sound.
 TEST(NoiseSources, AreTheSameBitsInEveryBuild) {
     EXPECT_EQ(hash(noise_sources()), 0x397a976ee44ed530U);
+}
+
+struct WobbleRow {
+    const char* name;
+    Levels levels;
+    int crossings;
+    std::vector<std::size_t> strongest;  // harmonics, in order
+    std::array<double, 3> shares;        // of harmonics 1 to 4, 5 to 16, 17 and up
+    std::vector<double> outline;         // every sixteenth sample
+};
+
+const std::array<WobbleRow, 4> wobble_rows{{
+    {"three swings",
+     {0.2992, -0.6273, 0.9500, 0.0},
+     6,
+     {3, 1, 4},
+     {0.86, 0.10, 0.04},
+     {0.30,  0.14,  -0.15, -0.25, 0.09, 0.45,  0.27,  0.17,  0.21,  0.23,  0.26, -0.27,
+      -0.50, -0.31, -0.09, 0.09,  0.04, -0.11, -0.34, -0.61, -0.37, -0.07, 0.25, 0.35}},
+    {"two pulses",
+     {0.3620, -0.9500, 0.5067, 0.0},
+     12,
+     {3, 1, 4},
+     {0.67, 0.27, 0.06},
+     {0.06, 0.14, 0.16,  0.13,  0.19,  0.14, 0.03, 0.13, -0.09, 0.03, -0.01, 0.01,
+      0.07, 0.18, -0.46, -0.95, -0.95, 0.51, 0.51, 0.01, -0.03, 0.15, 0.04,  0.01}},
+    {"rough curve", {0.4307, -0.6964, 0.9500, 0.0}, 44, {10, 14, 1}, {0.08, 0.37, 0.55}, {}},
+    {"white noise", {0.3515, -1.0, 1.0, 0.0}, 186, {}, {0.01, 0.02, 0.97}, {}},
+}};
+
+TEST(WobbleSources, HaveTheirLevelsHarmonicsAndOutlines) {
+    for (std::size_t i = 0; i < wobble_rows.size(); ++i) {
+        const WobbleRow& row = wobble_rows[i];
+        SCOPED_TRACE(row.name);
+        const Samples x = widen(wobble_sources()[i]);
+        ASSERT_EQ(x.size(), 384U);
+        expect_levels(x, row.levels, 0.011);
+
+        int crossings = 0;
+        for (std::size_t at = 0; at < x.size(); ++at) {
+            EXPECT_NE(x[at], 0.0) << "would leave the number of crossings open, at " << at;
+            crossings += (x[at] < 0.0) != (x[(at + 1) % x.size()] < 0.0);
+        }
+        EXPECT_EQ(crossings, row.crossings);
+
+        const Samples harmonics = amplitudes(x);
+        std::vector<std::size_t> ranks(harmonics.size());
+        std::iota(ranks.begin(), ranks.end(), 0U);
+        std::ranges::sort(ranks, std::greater{}, [&](std::size_t k) { return harmonics[k]; });
+        if (row.strongest.empty()) {
+            const auto first = static_cast<double>(ranks[0]);
+            EXPECT_LT(power_share(harmonics, first, first + 1.0), 0.02) << "none stands out";
+        }
+        for (std::size_t k = 0; k < row.strongest.size(); ++k)
+            EXPECT_EQ(ranks[k], row.strongest[k]) << "of rank " << k;
+        constexpr std::array<double, 4> borders{1, 5, 17, 193};
+        for (std::size_t k = 0; k < row.shares.size(); ++k)
+            EXPECT_NEAR(power_share(harmonics, borders[k], borders[k + 1]), row.shares[k], 0.02)
+                << "from harmonic " << borders[k];
+
+        if (i < 3) {
+            EXPECT_LE(std::abs(x.front() - x.back()), 0.0103) << "from the end to the start";
+        }
+        for (std::size_t k = 0; k < row.outline.size(); ++k)
+            EXPECT_NEAR(x[16 * k], row.outline[k], 0.02) << "at " << 16 * k;
+    }
+}
+
+TEST(WobbleSources, JumpWhereTheyShould) {
+    const Samples swings = widen(wobble_sources()[0]), pulses = widen(wobble_sources()[1]);
+    const auto between = [](const Samples& x, std::size_t first, std::size_t last, double value) {
+        for (std::size_t i = first; i <= last; ++i) EXPECT_NEAR(x[i], value, 0.02) << i;
+    };
+    const auto high = std::ranges::count_if(swings, [](double x) { return x > 0.65; });
+    EXPECT_EQ(high, 5) << "the spike's samples";
+    EXPECT_EQ(std::ranges::max_element(swings) - swings.begin(), 360);
+    between(pulses, 233, 267, -0.95);
+    EXPECT_GT(pulses[232], -0.93) << "35 samples, no more";
+    EXPECT_NEAR(pulses[268] - pulses[267], 1.44, 0.02);
+    between(pulses, 268, 300, 0.4967);  // about 0.5
+    EXPECT_NEAR(pulses[301], 0.0, 0.02);
+    for (std::size_t i = 0; i <= 208; ++i) EXPECT_NEAR(pulses[i], 0.1, 0.2) << i;
+}
+
+TEST(WobbleSources, AreTheSameBitsInEveryBuild) {
+    EXPECT_EQ(hash(wobble_sources()), 0x368e21f538b4f4deU);
 }
 
 }  // namespace
