@@ -1,4 +1,8 @@
-// The built-in recordings of hum, hiss and wobble.
+// The nine recordings of imperfect equipment: noise to add to the input, wobble to bend the speed.
+//
+// They are made once when the program loads, before any object exists, and never change. No sample
+// depends on the machine, the compiler or its library. Since each file makes its own constants, an
+// initialiser of another file can't read them yet.
 #pragma once
 
 #include <array>
@@ -6,7 +10,12 @@
 
 namespace orvane::blocks::vesk {
 
-const std::array<std::vector<float>, 5>& noise_sources();
-const std::array<std::vector<float>, 4>& wobble_sources();
+// Multiples of 2^-15, looped without a click: hum and hiss, bright hiss, strong hum, rumble with
+// spikes, dull hum. 88200 samples each, two seconds at 44100 Hz.
+const std::array<std::vector<float>, 5>& noise_sources() noexcept;
+
+// Multiples of 2^-15, one period each: a smooth curve, two flat pulses, a rough curve, white noise.
+// 384 samples each.
+const std::array<std::vector<float>, 4>& wobble_sources() noexcept;
 
 }  // namespace orvane::blocks::vesk
