@@ -94,7 +94,7 @@ TEST(Message, ReachesTheObjectWithItsArgumentsAsAtoms) {
     for (const char* text :
          {"bang", "5", "0.5", "here 4", "unknown 1 \"two words\"", "dictionary named"})
         EXPECT_TRUE(box.send(text, 1)) << text;
-    EXPECT_EQ(made.said(), (lines{"bang ", "int 5", "float 0.5", "here 4 1",
+    EXPECT_EQ(made.said(), (lines{"bang ", "int 5", "number 0.5", "here 4 1",
                                   "anything unknown 1 \"two words\"", "dictionary <object>"}));
     EXPECT_EQ(made.host.live().dictionaries, 2) << "its own and the named one, retained no more";
 

@@ -10,6 +10,7 @@
 #include <thread>
 #include <vector>
 
+#include "framework/attributes.h"
 #include "framework/class_registration.h"
 #include "framework/doc_text.h"
 #include "framework/host_path.h"
@@ -115,6 +116,7 @@ struct fingers : object_base {
 };
 struct everywhere : object_base {
     bool any_thread_class() const override { return true; }
+    attribute<bool, 0, limit::none, 2> flag{this, "flag", false};
 };
 
 }  // namespace
@@ -156,7 +158,9 @@ TEST(Prototype, HasNoHostObjectAndMakesDoWithout) {
     std::thread([&] {
         waiting = waits.call({}).size();
         running = runs.call({}).size();
+        free_owner.flag.set({atom(5)}, false, false);
     }).join();
+    EXPECT_EQ(to_text(free_owner.flag.get()), "1") << "written on the calling thread";
     EXPECT_EQ(waiting, 0u);
     EXPECT_EQ(running, 1u);
     EXPECT_EQ(tesk::host::the().serve(), 1);
