@@ -88,7 +88,6 @@ instance::~instance() {
 void instance::free() {
     if (record_->ending.exchange(true)) return;
     while (record_->calls.load() != 0) std::this_thread::yield();
-    drop_tasks_of(record_->object);
     if (record_->of_class->free != nullptr) record_->of_class->free(record_->object);
     z_dsp_free(record_->object);
     std::erase(state().instances, record_);

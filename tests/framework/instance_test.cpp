@@ -179,7 +179,7 @@ TEST(Message, ThatCannotBeIsRefusedWithALineThatNamesIt) {
     tesk::host& host = tesk::host::the();
     host.load(folder.with(PLAIN_OBJECT));
     const auto box = host.make("plain");
-    EXPECT_TRUE(box->send("7")) << "integers go through \"float\"";
+    EXPECT_TRUE(box->send("7", 1)) << "integers go through \"float\"";
     EXPECT_EQ(host.take_errors(), lines{"plain: float 7 at 0"}) << "one inlet is inlet 0";
     struct {
         const char* text;

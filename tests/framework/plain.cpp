@@ -5,6 +5,7 @@
 #include "framework/attributes.h"
 #include "framework/class_registration.h"
 #include "framework/messages.h"
+#include "framework/ports.h"
 
 using namespace kv7::ply;
 
@@ -28,6 +29,7 @@ public:
                       },
                       "Takes  a&b numbers. Fast."};
     message<2> mousedown{this, "mousedown", [](const atoms& values, int) { return values; }};
+    inlet<0> in{this, "in", "signal"};
     attribute<double, 2, limit::none, 2> gain{this, "gain", 0.5, {}, "", "No point [here"};
     attribute<bool, 0, limit::none, 2> Flag{this, "Flag", false, "", " Ends here. "};
     attribute<double, 2, limit::none, 2> secret{this, "secret", 0.5, {}};

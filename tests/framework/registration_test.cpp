@@ -164,7 +164,8 @@ TEST(Registration, RefusesFilesThatAreNoObjects) {
     const package folder;
     const std::string file = (folder.folder / "text.tkx64").string();
     std::ofstream(file) << "no library";
-    for (const std::string& refused : {file, file + ".missing", folder.folder.string()}) {
+    for (const std::string& refused :
+         {file, file + ".missing", folder.folder.string(), folder.with(HOST_LIBRARY)}) {
         SCOPED_TRACE(refused);
         try {
             tesk::host::the().load(refused);

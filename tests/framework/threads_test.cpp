@@ -65,6 +65,29 @@ TEST(Threads, WhatStillWaitsDoesNotReachAFreedObject) {
     EXPECT_EQ(made.host.live(), before);
 }
 
+TEST(Threads, AFreeAwaitsCallsUnderWayAndRefusesLaterOnes) {
+    example_box made;
+    for (int round = 0; round < 20; ++round) {
+        const auto box = made.host.make("example~");
+        box->prepare(44100.0, 8);
+        std::atomic<bool> stop{false};
+        std::atomic<int> taken{0};
+        std::thread other([&] {
+            while (!stop) {
+                taken += box->send("later 1") && box->set("steps", 1.0) ? 1 : 0;
+                box->get("value");
+            }
+        });
+        const tesk::audio_thread audio(*box, {});
+        while (taken < 3) std::this_thread::yield();
+        box->free();
+        EXPECT_FALSE(box->send("here 1"));
+        stop = true;
+        other.join();
+        EXPECT_EQ(made.host.serve(), 0);
+    }
+}
+
 // One thread runs vectors and sends, the main one serves, changes the rate and reads: whatever
 // the order, a sanitizer sees no race, writes end up applied and messages keep their order.
 TEST(Threads, AudioAndMainThreadShareAnInstance) {
