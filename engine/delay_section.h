@@ -162,31 +162,32 @@ VESK_INLINE void locate(CircularBuffer<std::int64_t>& ring, Cursor& cursor, std:
     // In locals, so that no store into the ring or the plan makes them be read again.
     std::int64_t* const entries = ring.storage.get();
     const std::uint64_t size = ring.size;
+    const auto before = [size](std::uint64_t place) { return (place == 0 ? size : place) - 1; };
+    const auto behind = [size](std::uint64_t place) { return place + 1 == size ? 0 : place + 1; };
     std::uint64_t head = ring.head;
     std::uint64_t offset = cursor.offset;
+    std::uint64_t place = ring.index(offset);  // of the entry at offset
     std::int64_t sum = cursor.sum;
-    const auto at = [&](std::uint64_t k) {
-        const std::uint64_t i = head + k;
-        return entries[i >= size ? i - size : i];
-    };
     for (std::size_t frame = first; frame < end; ++frame) {
         const std::int64_t newest = pushed.values[frame];
-        head = (head == 0 ? size : head) - 1;
+        head = before(head);
         entries[head] = newest;
         filled = smaller(filled + 1, size);
-        // The push moved everything one place back.
-        std::int64_t entry = at(offset);
+        place = before(place);  // the push moved everything one place back
+        std::int64_t entry = entries[place];
         sum += newest - entry;
         const std::int64_t target = span + (newest >> 1);  // entries are never negative
-        while (offset > 1 && sum > target) {
+        while (sum > target && offset > 1) {
             --offset;
-            entry = at(offset);
+            place = before(place);
+            entry = entries[place];
             sum -= entry;
         }
-        while (offset < filled - 1 && sum + entry <= target) {
+        while (sum + entry <= target && offset < filled - 1) {
             sum += entry;
             ++offset;
-            entry = at(offset);
+            place = behind(place);
+            entry = entries[place];
         }
         // A history too short for the span ends the scan early, and the division that follows
         // extrapolates with the oldest known entry: right at once after a reset.
@@ -212,8 +213,8 @@ VESK_INLINE void locate(ReadHead& head, const Entries& left, const Entries& righ
 
 VESK_INLINE void ReadHead::follow(const ReadHead& other, const Entries& left, const Entries& right,
                                   std::size_t first, std::size_t end) noexcept {
-    for (std::size_t i = first; i < end; ++i) rate_left.push(left.values[i]);
-    for (std::size_t i = first; i < end; ++i) rate_right.push(right.values[i]);
+    rate_left.push(left.values + first, end - first);
+    rate_right.push(right.values + first, end - first);
     cursor_left = other.cursor_left;
     cursor_right = other.cursor_right;
     filled = other.filled;
@@ -270,8 +271,10 @@ VESK_INLINE ReadPlan DelaySection::plan_reads(const Run& speed, std::size_t n) n
     const Run rate = map_run(
         n, [](Oct x) { return fast_exp2(x); }, speed);
     ReadPlan plan;
+    const float whole_line = signed_float(delay_capacity - 3);
     for (std::size_t i = 0; i < n; ++i)
-        plan.limit[i] = signed_float(smaller(delay_filled + i, delay_capacity) - 3);
+        plan.limit[i] =
+            delay_filled + i < delay_capacity ? signed_float(delay_filled + i - 3) : whole_line;
     if (repitch)
         plan_tape(rate, n, plan);
     else
@@ -357,27 +360,36 @@ VESK_INLINE Run DelaySection::read_delay(const ReadPlan& plan, std::size_t first
                                          std::size_t n) const noexcept {
     Run out;
     for (std::size_t i = 0; i < n; ++i) {
-        const auto unwritten = static_cast<std::int32_t>(i);
-        const IntQuad at = plan.index[first + i] - unwritten;
+        const IntQuad at = plan.index[first + i] - static_cast<std::int32_t>(i);
         const Quad t = plan.fraction[first + i];
         const Quad left = points_at(delay_left, at[0]);
         const Quad right = points_at(delay_right, at[1]);
-        const Columns p = plan.one_position ? columns(left, right, left, right)
-                                            : columns(left, right, points_at(delay_left, at[2]),
-                                                      points_at(delay_right, at[3]));
-        const Quad read = hermite_interpolate(p.a, p.b, p.c, p.d, t);
         const float x = plan.weight[first + i];
-        out[i] = repitch ? low_half(read) : high_half(read) * x + (1.0f - x) * low_half(read);
+        if (plan.one_position) {
+            const Quad ab = __builtin_shufflevector(left, right, 0, 4, 1, 5);
+            const Quad cd = __builtin_shufflevector(left, right, 2, 6, 3, 7);
+            const Pair read = hermite_interpolate(low_half(ab), high_half(ab), low_half(cd),
+                                                  high_half(cd), low_half(t));
+            out[i] = repitch ? read : read * x + (1.0f - x) * read;
+        } else {
+            const Columns p =
+                columns(left, right, points_at(delay_left, at[2]), points_at(delay_right, at[3]));
+            const Quad read = hermite_interpolate(p.a, p.b, p.c, p.d, t);
+            out[i] = high_half(read) * x + (1.0f - x) * low_half(read);
+        }
     }
     out.finish(n);
     return out;
 }
 
 VESK_INLINE void DelaySection::write_delay(const Run& value, std::size_t n) noexcept {
+    float left[longest_run], right[longest_run];
     for (std::size_t i = 0; i < n; ++i) {
-        delay_left.push(value[i][0]);
-        delay_right.push(value[i][1]);
+        left[i] = value[i][0];
+        right[i] = value[i][1];
     }
+    delay_left.push(left, n);
+    delay_right.push(right, n);
     delay_filled = smaller(delay_filled + n, delay_capacity);
 }
 

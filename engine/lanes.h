@@ -87,6 +87,16 @@ VESK_INLINE Oct lefts(Oct x) noexcept {
 VESK_INLINE Oct rights(Oct x) noexcept {
     return __builtin_shufflevector(x, x, 1, 1, 3, 3, 5, 5, 7, 7);
 }
+// Four left and four right values as four pairs, and back.
+VESK_INLINE Oct interleaved(Quad left, Quad right) noexcept {
+    return __builtin_shufflevector(left, right, 0, 4, 1, 5, 2, 6, 3, 7);
+}
+VESK_INLINE Quad even_lanes(Oct x) noexcept {
+    return __builtin_shufflevector(x, x, 0, 2, 4, 6);
+}
+VESK_INLINE Quad odd_lanes(Oct x) noexcept {
+    return __builtin_shufflevector(x, x, 1, 3, 5, 7);
+}
 // x in every pair.
 VESK_INLINE Oct pairs(Pair x) noexcept {
     return __builtin_shufflevector(x, x, 0, 1, 0, 1, 0, 1, 0, 1);

@@ -12,7 +12,7 @@
 
 namespace orvane::blocks::vesk {
 
-constexpr std::size_t longest_run = 16;  // frames
+constexpr std::size_t longest_run = 32;  // frames
 constexpr std::size_t pairs_in_oct = 4;
 
 struct alignas(Oct) Run {
