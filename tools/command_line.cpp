@@ -55,9 +55,11 @@ void add_render(CLI::App& app, render_order& order, typed_numbers& numbers) {
         ->type_name("SECONDS|auto");
     once("--subtype", order.subtype, "Sample type: float, 24 or 16 [float; 24 for FLAC]")
         ->type_name("TYPE");
+    once("--picture", order.picture, "Draw input, output and events into FILE, .png or .svg")
+        ->type_name("FILE");
     once("--seed", numbers.seed, "Make what is random the same on every run")->type_name("N");
     once("--object", order.object, "Play through this object file")->type_name("PATH");
-    render.add_flag("--force", order.force, "Replace OUTPUT if it is there");
+    render.add_flag("--force", order.force, "Replace OUTPUT and picture if they are there");
     render.add_flag("--quiet", order.quiet, "No progress and no summary");
 }
 

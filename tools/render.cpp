@@ -12,6 +12,7 @@
 #include "tools/input_file.h"
 #include "tools/output_file.h"
 #include "tools/package.h"
+#include "tools/picture.h"
 #include "tools/player.h"
 #include "tools/presets.h"
 #include "tools/progress.h"
@@ -30,17 +31,16 @@ void warn(const std::string& text) {
     std::cerr << "render: " << one_line(text) << std::endl;
 }
 
-void check_place(const render_order& order) {
+void check_place(const std::string& place, const render_order& order) {
     std::error_code failed;
-    const fs::file_status status = fs::status(order.output, failed);
+    const fs::file_status status = fs::status(place, failed);
     if (!fs::exists(status)) return;
-    if (fs::is_directory(status))
-        throw failure(order.output + ": is a folder, expected a file to write");
+    if (fs::is_directory(status)) throw failure(place + ": is a folder, expected a file to write");
     if (!fs::is_regular_file(status))
-        throw failure(order.output + ": is no ordinary file, expected a file to write");
-    if (order.input != "-" && fs::equivalent(order.input, order.output, failed))
-        throw usage_error(order.output + ": is INPUT too, expected another file");
-    if (!order.force) throw failure(order.output + ": is there already, expected --force");
+        throw failure(place + ": is no ordinary file, expected a file to write");
+    if (order.input != "-" && fs::equivalent(order.input, place, failed))
+        throw usage_error(place + ": is INPUT too, expected another file");
+    if (!order.force) throw failure(place + ": is there already, expected --force");
 }
 
 std::vector<message> settings_of(const render_order& order, const tesk::class_info& of_class) {
@@ -72,7 +72,8 @@ score score_of(const render_order& order, const tesk::class_info& of_class) {
 }
 
 // Reads, plays and writes blocks of vectors to the end of the tail.
-void play_all(const render_order& order, input_file& input, output_file& output, player& plays) {
+void play_all(const render_order& order, input_file& input, output_file& output, player& plays,
+              picture* drawn) {
     constexpr int usual_block = 4096;  // frames; fewer cost more calls into the files
     const auto vector = static_cast<std::int64_t>(order.vector_size);
     const std::int64_t block = vector * std::max(1, usual_block / order.vector_size);
@@ -99,7 +100,9 @@ void play_all(const render_order& order, input_file& input, output_file& output,
                        &out[static_cast<std::size_t>(at * 2)]);
             ending.hear(&out[static_cast<std::size_t>(at * 2)], vector);
         }
-        output.write(out.data(), std::min(plays.position(), ending.end()) - begin);
+        const std::int64_t played = std::min(plays.position(), ending.end()) - begin;
+        output.write(out.data(), played);
+        if (drawn != nullptr) drawn->add(in.data(), channels, got, out.data(), played);
         bar.show(plays.position());
     }
 }
@@ -126,7 +129,12 @@ void warn_of(const input_file& input, const output_file& output, const score& ev
 }  // namespace
 
 void render(const render_order& order) {
-    check_place(order);
+    check_place(order.output, order);
+    std::optional<picture> drawn;
+    if (!order.picture.empty()) {
+        drawn.emplace(order.picture);
+        check_place(order.picture, order);
+    }
     const output_format format = output_format_of(order.output, order.subtype);
     remove_unfinished_on_signals();
     input_file input(order.input);
@@ -151,10 +159,11 @@ void render(const render_order& order) {
     const auto began = std::chrono::steady_clock::now();
     output_file output(order.output, format, rate, order.force);
     player plays(*effect, events, order.vector_size);
-    play_all(order, input, output, plays);
+    play_all(order, input, output, plays, drawn ? &*drawn : nullptr);
     output.finish();
     const double passed =
         std::chrono::duration<double>(std::chrono::steady_clock::now() - began).count();
+    if (drawn) drawn->write(rate, output.frames(), events);
     warn_of(input, output, events, rate);
     if (order.quiet) return;
     const double length = static_cast<double>(output.frames()) / rate;

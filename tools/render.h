@@ -17,11 +17,12 @@ struct render_order {
     std::vector<std::string> settings;  // NAME=VALUE
     std::string score;                  // file; "" for none
     std::vector<std::string> events;    // SECONDS MESSAGE
+    std::string picture;                // .png or .svg; "" for none
     int vector_size = 64;               // frames
     std::optional<double> tail;         // s; unset until it is quiet
     std::string subtype;                // "" for the usual one of the format
     std::optional<std::uint64_t> seed;
-    bool force = false;  // OUTPUT may be there already
+    bool force = false;  // what is written may be there already
     bool quiet = false;
 };
 

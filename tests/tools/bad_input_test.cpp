@@ -9,6 +9,7 @@ TEST_F(BadInput, EndsWithOneLineAndLeavesNothing) {
     write("slow.wav", {4000, 1, std::vector<float>(64, 0.5f)});
     write("empty.flac.wav", {8000, 2, {}});
     write_text("there.wav", "kept");
+    write_text("there.png", "kept");
     write_text("text.wav", "no sound\n");
     write_text("bad.score", "# first\n0 gain 1\n0.5 gain loud\n");
     write_text("late.score", "0 gain 1\nsoon gain 1\n");
@@ -55,6 +56,10 @@ TEST_F(BadInput, EndsWithOneLineAndLeavesNothing) {
         {"in.wav o.wav --preset tap", 2,
          "render: --preset tap: no such preset, the nearest is tape"},
         {"in.wav in.wav --force", 2, "render: in.wav: is INPUT too, expected another file"},
+        {"in.wav o.wav --picture o.gif", 2,
+         "render: --picture o.gif: expected suffix .png or .svg"},
+        {"in.wav o.wav --picture there.png", 1,
+         "render: there.png: is there already, expected --force"},
         {"in.wav there.wav", 1, "render: there.wav: is there already, expected --force"},
         {"in.wav . --force", 1, "render: .: is a folder, expected a file to write"},
         {"in.wav no/o.wav", 1, "render: no/o.wav: can't be written: No such file or directory"},
