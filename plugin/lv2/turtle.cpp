@@ -39,18 +39,14 @@ std::string quoted(std::string_view text) {
     return all + '"';
 }
 
-// The shortest text that reads the same, with a point, so that it is a decimal for every reader.
+// The shortest text that reads the same, always with a point: some hosts take a preset's whole
+// numbers by their bits for floats.
 std::string decimal(double value) {
     std::array<char, 400> text;
     const auto written =
         std::to_chars(text.begin(), text.end(), value, std::chars_format::fixed).ptr;
     std::string number(text.begin(), written);
     return number.find('.') == std::string::npos ? number + ".0" : number;
-}
-
-std::string value_text(const attribute_row& row, double value) {
-    const bool whole = row.kind == attribute_kind::toggle || row.kind == attribute_kind::choice;
-    return whole ? std::to_string(static_cast<int>(value)) : decimal(value);
 }
 
 std::string in_lower_case(std::string text) {
@@ -130,9 +126,9 @@ void write_control_port(port_writer& ports, control_port port) {
     const bool toggle = row.kind == attribute_kind::toggle;
     ports.begin("lv2:InputPort , lv2:ControlPort", symbol_of(port), label_of(port));
     ports.line("rdfs:comment", quoted(row.info.description));
-    ports.line("lv2:default", value_text(row, row.default_value));
-    ports.line("lv2:minimum", value_text(row, row.low));
-    ports.line("lv2:maximum", value_text(row, toggle ? 1.0 : row.high));
+    ports.line("lv2:default", decimal(row.default_value));
+    ports.line("lv2:minimum", decimal(row.low));
+    ports.line("lv2:maximum", decimal(toggle ? 1.0 : row.high));
     if (toggle) ports.line("lv2:portProperty", "lv2:toggled");
     if (row.kind == attribute_kind::choice)
         ports.line("lv2:portProperty", "lv2:integer , lv2:enumeration");
@@ -215,9 +211,7 @@ void write_presets(std::ostream& out, std::span<const preset> presets) {
         const char* between = "";
         for (const control_port port : control_ports()) {
             out << between << "[ lv2:symbol " << quoted(symbol_of(port)) << " ; pset:value "
-                << value_text(attribute_table[port.attribute],
-                              p.values[port.attribute][port.element])
-                << " ]";
+                << decimal(p.values[port.attribute][port.element]) << " ]";
             between = " ,\n\t\t";
         }
         out << " .\n";
