@@ -2,7 +2,6 @@
 #pragma once
 
 #include <dlfcn.h>
-#include <gtest/gtest.h>
 #include <lv2/core/lv2.h>
 
 #include <cstddef>

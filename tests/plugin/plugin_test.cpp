@@ -1,5 +1,7 @@
 // The plugin through its C interface beside the driver it is made of: equal to the bit, and no heap
 // on the audio thread.
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <array>
 #include <cmath>
