@@ -23,10 +23,13 @@ done
 work=$(mktemp -d)
 cd "$work"
 started=()
+# The server last, so that it takes back what its clients have left.
 clean_up() {
   exec 8>&- 9>&-
-  for ((i = ${#started[@]} - 1; i >= 0; --i)); do kill "${started[i]}" 2>/dev/null || true; done
-  wait
+  for ((i = ${#started[@]} - 1; i >= 0; --i)); do
+    kill "${started[i]}" 2>/dev/null || true
+    wait "${started[i]}" 2>/dev/null || true
+  done
   rm -rf "$work"
 }
 trap clean_up EXIT
