@@ -42,7 +42,7 @@ public:
               const std::string& title_ = {}, const std::string& description_ = {},
               attribute_setter setter_ = {}, symbol category_ = {},
               attribute_getter getter_ = {}) requires(is_number)
-        : attribute(owner_, name_, default_, unfinished{}) {
+        : attribute(unfinished{}, owner_, name_, default_) {
         range_args = range_;
         for (const atom& bound : range_args) range.push_back(bound.as_float());
         finish(title_, description_, category_, std::move(setter_), std::move(getter_));
@@ -52,7 +52,7 @@ public:
               const std::string& title_ = {}, const std::string& description_ = {},
               symbol category_ = {}, attribute_setter setter_ = {},
               attribute_getter getter_ = {}) requires(is_bool || is_list)
-        : attribute(owner_, name_, std::move(default_), unfinished{}) {
+        : attribute(unfinished{}, owner_, name_, std::move(default_)) {
         finish(title_, description_, category_, std::move(setter_), std::move(getter_));
     }
     // One of the named values of an enumeration.
@@ -60,7 +60,7 @@ public:
               std::vector<std::string> enum_names, const std::string& title_ = {},
               const std::string& description_ = {}, symbol category_ = {},
               attribute_setter setter_ = {}, attribute_getter getter_ = {}) requires(is_enum)
-        : attribute(owner_, name_, default_, unfinished{}) {
+        : attribute(unfinished{}, owner_, name_, default_) {
         enum_map = std::move(enum_names);
         for (int i = 0; i < enum_count<T>::value; ++i) range.push_back(static_cast<T>(i));
         finish(title_, description_, category_, std::move(setter_), std::move(getter_));
@@ -94,7 +94,7 @@ private:
     deferred_attribute_set deferred_;
 
     struct unfinished {};
-    attribute(object_base* owner_, const std::string& name_, T default_, unfinished)
+    attribute(unfinished, object_base* owner_, const std::string& name_, T default_)
         : attribute_base(owner_, name_),
           value_(default_),
           default_value(std::move(default_)),

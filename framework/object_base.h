@@ -25,10 +25,8 @@ struct argument_base {
     bool required = false;
     std::function<void(const atom&)> function;  // receives the value; may be empty
 
+    virtual ~argument_base() = default;
     virtual std::string type_name() const { return {}; }  // for the reference page
-
-protected:
-    ~argument_base() = default;
 };
 
 class object_base {

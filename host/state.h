@@ -176,8 +176,6 @@ instance_record* record_of(void* object);  // null for null and for what is no i
 void give_back(instance_record& record);
 void drop_tasks_of(const void* object);
 
-int inlet_of_this_thread();  // of the message under way
-
 // Calls of a host attribute on behalf of programs and of objects; non-zero when refused.
 std::int64_t set_attribute(instance_record& record, const tesk_symbol* name, atom_list values);
 

@@ -1,0 +1,17 @@
+cmake_minimum_required(VERSION 3.25)
+# Fails when OBJECT defines anything that the linker could hand to other files, beside fma_kernel.
+execute_process(COMMAND ${NM} --defined-only --extern-only --format=posix ${OBJECT}
+  OUTPUT_VARIABLE symbols COMMAND_ERROR_IS_FATAL ANY)
+string(STRIP "${symbols}" symbols)
+string(REPLACE "\n" ";" symbols "${symbols}")
+set(kernels 0)
+foreach(symbol ${symbols})
+  if(symbol MATCHES "^_ZN6orvane6blocks4vesk10fma_kernelE ")
+    math(EXPR kernels "${kernels} + 1")
+  else()
+    message(FATAL_ERROR "${OBJECT}: ${symbol} is compiled for one processor and visible to others")
+  endif()
+endforeach()
+if(NOT kernels EQUAL 1)
+  message(FATAL_ERROR "${OBJECT}: no fma_kernel found")
+endif()
