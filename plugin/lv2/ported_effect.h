@@ -60,7 +60,7 @@ private:
     std::array<attribute_ports, attribute_count> attributes_;
     std::array<trigger, trigger_count> triggers_;
     std::array<float*, audio_port_count> audio_{};
-    std::array<std::array<double, piece_frames>, 2> piece_;  // left, right
+    std::array<std::array<double, piece_frames>, 2> piece_{};  // left, right
 };
 
 }  // namespace kv7::orv::lv2
