@@ -25,7 +25,9 @@ same() { sndfile-cmp "$1" "$2" || fail "$3"; }
 
 # The validator passes over what isn't there, so the files are named.
 texts=("$bundle"/{manifest,vesk,presets}.ttl)
-[ -s "${texts[0]}" ] && [ -s "${texts[1]}" ] && [ -s "${texts[2]}" ] || fail "a text is missing"
+for text in "${texts[@]}"; do
+  [ -s "$text" ] || fail "there is no $text"
+done
 lv2_validate "${texts[@]}" >validated 2>&1 || { cat validated >&2; fail "the bundle is not valid"; }
 grep -q '^Found 0 errors' validated || fail "the validator found errors"
 # It says so of a file of LV2's own.
