@@ -70,26 +70,33 @@ struct ReadHead {
                             std::size_t first, std::size_t end) noexcept;
 };
 
-// Where the frames of a run read. Each frame has four reads: left and right of head 0, then of head
-// 1; the tape head has the first two only.
+// Where the frames of a run read, channel by channel.
 struct ReadPlan {
-    Quad rest[longest_run];      // of the span behind the cursor, fixed point
-    Quad entry[longest_run];     // the entry the span ends in, fixed point
-    Quad offset[longest_run];    // the cursor's
-    float limit[longest_run];    // the oldest readable position
-    float weight[longest_run];   // of head 1
-    bool one_position = true;    // in all frames both heads, or the only one, read at one place
-    IntQuad index[longest_run];  // whole part of the position on the line
-    Quad fraction[longest_run];  // the rest of it
+    // One channel of one head. What its cursor finds, then the position that follows from it.
+    struct Lane {
+        float rest[longest_run];          // of the span behind the cursor, fixed point
+        float entry[longest_run];         // the entry the span ends in, fixed point
+        float offset[longest_run];        // the cursor's
+        std::int32_t index[longest_run];  // whole part of the position on the line
+        float fraction[longest_run];      // the rest of it
 
-    // The second head where the first one is.
-    VESK_INLINE void repeat_head(std::size_t first, std::size_t end) noexcept;
+        VESK_INLINE void resolve(const float* limit, std::size_t n) noexcept;
+        VESK_INLINE void copy_finding(const Lane& other, std::size_t first,
+                                      std::size_t end) noexcept;
+    };
 
-    // From what the cursors found to positions; all but limit and weight of n frames.
+    Lane lanes[4];              // left and right of head 0, then of head 1
+    float limit[longest_run];   // the oldest readable position
+    float weight[longest_run];  // of head 1
+    bool one_position = true;   // both heads, or the only one, read as lanes 0 and 1 say
+
+    // From findings to positions, for n frames.
     VESK_INLINE void resolve(std::size_t n) noexcept;
 
     // How many frames from first on read nothing that one of them writes; at least 1.
     VESK_INLINE std::size_t free_frames(std::size_t first, std::size_t n) const noexcept;
+
+    VESK_INLINE int lanes_in_use() const noexcept { return one_position ? 2 : 4; }
 };
 
 struct DelaySection {
@@ -158,7 +165,7 @@ VESK_INLINE float signed_float(std::uint64_t x) noexcept {
 // valid entries before the first of these pushes.
 VESK_INLINE void locate(CircularBuffer<std::int64_t>& ring, Cursor& cursor, std::uint64_t filled,
                         const Entries& pushed, std::int64_t span, std::size_t first,
-                        std::size_t end, int lane, ReadPlan& plan) noexcept {
+                        std::size_t end, ReadPlan::Lane& lane) noexcept {
     // In locals, so that no store into the ring or the plan makes them be read again.
     std::int64_t* const entries = ring.storage.get();
     const std::uint64_t size = ring.size;
@@ -191,23 +198,23 @@ VESK_INLINE void locate(CircularBuffer<std::int64_t>& ring, Cursor& cursor, std:
         }
         // A history too short for the span ends the scan early, and the division that follows
         // extrapolates with the oldest known entry: right at once after a reset.
-        plan.rest[frame][lane] = static_cast<float>(target - sum);
-        plan.entry[frame][lane] = static_cast<float>(entry);
-        plan.offset[frame][lane] = signed_float(offset);
+        lane.rest[frame] = static_cast<float>(target - sum);
+        lane.entry[frame] = static_cast<float>(entry);
+        lane.offset[frame] = signed_float(offset);
     }
     ring.head = head;
     cursor.offset = offset;
     cursor.sum = sum;
 }
 
-// Both channels of a head, from lane 0 or 2 of the plan on; spans in samples.
+// Both channels of a head; spans in samples.
 VESK_INLINE void locate(ReadHead& head, const Entries& left, const Entries& right, Pair spans,
-                        std::size_t first, std::size_t end, int lane, ReadPlan& plan) noexcept {
+                        std::size_t first, std::size_t end, ReadPlan::Lane* lanes) noexcept {
     const Pair fixed = spans * fixed_point_one;
     locate(head.rate_left, head.cursor_left, head.filled, left, fixed_point(fixed[0], largest_span),
-           first, end, lane, plan);
+           first, end, lanes[0]);
     locate(head.rate_right, head.cursor_right, head.filled, right,
-           fixed_point(fixed[1], largest_span), first, end, lane + 1, plan);
+           fixed_point(fixed[1], largest_span), first, end, lanes[1]);
     head.filled = smaller(head.filled + (end - first), head.capacity);
 }
 
@@ -220,31 +227,45 @@ VESK_INLINE void ReadHead::follow(const ReadHead& other, const Entries& left, co
     filled = other.filled;
 }
 
-VESK_INLINE void ReadPlan::repeat_head(std::size_t first, std::size_t end) noexcept {
-    const auto repeated = [](Quad x) { return quad(low_half(x), low_half(x)); };
+VESK_INLINE void ReadPlan::Lane::copy_finding(const Lane& other, std::size_t first,
+                                              std::size_t end) noexcept {
     for (std::size_t i = first; i < end; ++i) {
-        rest[i] = repeated(rest[i]);
-        entry[i] = repeated(entry[i]);
-        offset[i] = repeated(offset[i]);
+        rest[i] = other.rest[i];
+        entry[i] = other.entry[i];
+        offset[i] = other.offset[i];
     }
 }
 
-// Line offsets in samples, between 1 and what has been written.
+// Line offsets in samples, between 1 and what has been written. What stands behind the n-th takes
+// part and is not read.
+VESK_INLINE void ReadPlan::Lane::resolve(const float* limit, std::size_t n) noexcept {
+    for (std::size_t i = 0; i < n; i += lanes_of<Oct>) {
+        const Oct p =
+            (load<Oct>(rest + i) / load<Oct>(entry + i) + (load<Oct>(offset + i) - 0.5f)) - 1.0f;
+        const Oct top = load<Oct>(limit + i);
+        const Oct position = p > top ? top : larger(p, all<Oct>(1.0f));  // not a number: 1
+        const IntOct whole_part = whole(position);
+        store(index + i, whole_part);
+        store(fraction + i, position - floats(whole_part));
+    }
+}
+
 VESK_INLINE void ReadPlan::resolve(std::size_t n) noexcept {
-    for (std::size_t i = 0; i < n; ++i) {
-        const Quad p = (rest[i] / entry[i] + (offset[i] - 0.5f)) - 1.0f;
-        const Quad top = all<Quad>(limit[i]);
-        const Quad position = p > top ? top : larger(p, all<Quad>(1.0f));  // not a number: 1
-        index[i] = whole(position);
-        fraction[i] = position - floats(index[i]);
+    for (int lane = 0; lane < lanes_in_use(); ++lane) {
+        lanes[lane].resolve(limit, n);
+        for (std::size_t i = n; i % lanes_of<Oct> != 0; ++i)  // waits for nobody
+            lanes[lane].index[i] = static_cast<std::int32_t>(longest_run);
     }
 }
 
 VESK_INLINE std::size_t ReadPlan::free_frames(std::size_t first, std::size_t n) const noexcept {
-    IntQuad nearest = index[first];
-    for (std::size_t i = first + 1; i < n; ++i) nearest = smaller(nearest, index[i]);
-    const std::int32_t least =
-        smaller(smaller(nearest[0], nearest[1]), smaller(nearest[2], nearest[3]));
+    const std::size_t from = first - first % lanes_of<Oct>;
+    IntOct nearest = load<IntOct>(lanes[0].index + from);
+    for (int lane = 0; lane < lanes_in_use(); ++lane)
+        for (std::size_t i = from; i < n; i += lanes_of<Oct>)
+            nearest = smaller(nearest, load<IntOct>(lanes[lane].index + i));
+    std::int32_t least = nearest[0];
+    for (std::size_t i = 1; i < lanes_of<Oct>; ++i) least = smaller(least, nearest[i]);
     return smaller(static_cast<std::size_t>(least), n - first);
 }
 
@@ -296,8 +317,8 @@ VESK_INLINE void DelaySection::plan_tape(const Run& rate, std::size_t n, ReadPla
     glided.finish(n);
     const Run products = map_run(
         n, [](Oct r, Oct d) { return (r / d) * fixed_point_one; }, rate, glided);
-    locate(tape_head, Entries(products, 0, n), Entries(products, 1, n), both(1.0f), 0, n, 0, plan);
-    plan.repeat_head(0, n);
+    locate(tape_head, Entries(products, 0, n), Entries(products, 1, n), both(1.0f), 0, n,
+           plan.lanes);
 }
 
 VESK_INLINE void DelaySection::begin_crossfade() noexcept {
@@ -336,13 +357,15 @@ VESK_INLINE void DelaySection::plan_crossfade(const Run& rate, std::size_t n,
         // To the end of the fade or of the run: so long the spans stand.
         end = crossfade_remaining == 0 ? first + 1 : smaller(n, first + crossfade_remaining);
         const bool alike = heads_alike();
-        locate(crossfade_heads[0], left, right, head_delay[0], first, end, 0, plan);
-        if (alike) {
-            crossfade_heads[1].follow(crossfade_heads[0], left, right, first, end);
-            plan.repeat_head(first, end);
+        locate(crossfade_heads[0], left, right, head_delay[0], first, end, plan.lanes);
+        if (!alike || end - first < n) plan.one_position = false;
+        if (!alike) {
+            locate(crossfade_heads[1], left, right, head_delay[1], first, end, plan.lanes + 2);
         } else {
-            locate(crossfade_heads[1], left, right, head_delay[1], first, end, 2, plan);
-            plan.one_position = false;
+            crossfade_heads[1].follow(crossfade_heads[0], left, right, first, end);
+            if (!plan.one_position)
+                for (int side = 0; side < 2; ++side)
+                    plan.lanes[2 + side].copy_finding(plan.lanes[side], first, end);
         }
         for (std::size_t i = first; i < end; ++i) {
             plan.weight[i] = crossfade_position;
@@ -356,29 +379,43 @@ VESK_INLINE void DelaySection::plan_crossfade(const Run& rate, std::size_t n,
     }
 }
 
+// n reads of one lane, from frame first of the plan on.
+VESK_INLINE void read_lane(const CircularBuffer<float>& line, const ReadPlan::Lane& lane,
+                           std::size_t first, std::size_t n, float* out) noexcept {
+    // A frame's reads lie as much nearer as frames before it in this piece are unwritten.
+    const auto points = [&](std::size_t i) {
+        return points_at(line, lane.index[first + i] - static_cast<std::int32_t>(i));
+    };
+    std::size_t i = 0;
+    for (; i + lanes_of<Quad> <= n; i += lanes_of<Quad>) {
+        const Columns p = columns(points(i), points(i + 1), points(i + 2), points(i + 3));
+        store(out + i,
+              hermite_interpolate(p.a, p.b, p.c, p.d, load<Quad>(lane.fraction + first + i)));
+    }
+    for (; i < n; ++i) {
+        const Quad p = points(i);
+        out[i] = hermite_interpolate(p[0], p[1], p[2], p[3], lane.fraction[first + i]);
+    }
+}
+
 VESK_INLINE Run DelaySection::read_delay(const ReadPlan& plan, std::size_t first,
                                          std::size_t n) const noexcept {
+    alignas(Oct) float read[4][longest_run];
+    for (int lane = 0; lane < plan.lanes_in_use(); ++lane)
+        read_lane(lane % 2 == 0 ? delay_left : delay_right, plan.lanes[lane], first, n, read[lane]);
+    const auto& second = plan.one_position ? read[0] : read[2];
+    const auto& second_right = plan.one_position ? read[1] : read[3];
     Run out;
-    for (std::size_t i = 0; i < n; ++i) {
-        const IntQuad at = plan.index[first + i] - static_cast<std::int32_t>(i);
-        const Quad t = plan.fraction[first + i];
-        const Quad left = points_at(delay_left, at[0]);
-        const Quad right = points_at(delay_right, at[1]);
-        const float x = plan.weight[first + i];
-        if (plan.one_position) {
-            const Quad ab = __builtin_shufflevector(left, right, 0, 4, 1, 5);
-            const Quad cd = __builtin_shufflevector(left, right, 2, 6, 3, 7);
-            const Pair read = hermite_interpolate(low_half(ab), high_half(ab), low_half(cd),
-                                                  high_half(cd), low_half(t));
-            out[i] = repitch ? read : read * x + (1.0f - x) * read;
-        } else {
-            const Columns p =
-                columns(left, right, points_at(delay_left, at[2]), points_at(delay_right, at[3]));
-            const Quad read = hermite_interpolate(p.a, p.b, p.c, p.d, t);
-            out[i] = high_half(read) * x + (1.0f - x) * low_half(read);
+    for (std::size_t i = 0; i < n; i += lanes_of<Quad>) {
+        Quad left = load<Quad>(read[0] + i);
+        Quad right = load<Quad>(read[1] + i);
+        if (!repitch) {
+            const Quad x = load<Quad>(plan.weight + first + i);
+            left = load<Quad>(second + i) * x + (1.0f - x) * left;
+            right = load<Quad>(second_right + i) * x + (1.0f - x) * right;
         }
+        out.set_four(i, interleaved(left, right));
     }
-    out.finish(n);
     return out;
 }
 

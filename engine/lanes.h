@@ -5,6 +5,7 @@
 // written once and serves float and all of them.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 // Inlined at every call. The vector loop is compiled for more than one processor; what it shares
@@ -125,6 +126,21 @@ VESK_INLINE Columns columns(Quad p, Quad q, Quad r, Quad s) noexcept {
             __builtin_shufflevector(pq, rs, 2, 3, 6, 7),
             __builtin_shufflevector(pq_high, rs_high, 0, 1, 4, 5),
             __builtin_shufflevector(pq_high, rs_high, 2, 3, 6, 7)};
+}
+
+template <class T>
+constexpr std::size_t lanes_of = sizeof(T) / sizeof(float);
+
+// A vector from memory, and back, aligned or not.
+template <class T, class Element>
+VESK_INLINE T load(const Element* from) noexcept {
+    T x;
+    __builtin_memcpy(&x, from, sizeof x);
+    return x;
+}
+template <class T, class Element>
+VESK_INLINE void store(Element* to, T x) noexcept {
+    __builtin_memcpy(to, &x, sizeof x);
 }
 
 // x in every lane.
