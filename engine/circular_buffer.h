@@ -40,15 +40,19 @@ struct CircularBuffer {
         head = next_head();
         storage[head] = value;
     }
+    // In order, the last value becomes the newest.
     VESK_INLINE void push(const T* values, std::uint64_t count) noexcept {
-        if (head >= count) [[likely]] {
-            T* const place = storage.get() + head;
-            for (std::uint64_t i = 0; i < count; ++i)
-                place[-1 - static_cast<std::int64_t>(i)] = values[i];
-            head -= count;
-        } else {
+        if (head < count) [[unlikely]] {
             for (std::uint64_t i = 0; i < count; ++i) push(values[i]);
+            return;
         }
+        constexpr std::uint64_t at_once = sizeof(Oct) / sizeof(T);
+        T* const newest = storage.get() + head - count;
+        std::uint64_t i = 0;
+        for (; i + at_once <= count; i += at_once)
+            store(newest + count - i - at_once, reversed<sizeof(T)>(load<Oct>(values + i)));
+        for (; i < count; ++i) newest[count - i - 1] = values[i];
+        head -= count;
     }
     // k is below size at every call, so one subtraction is enough to wrap.
     VESK_INLINE std::uint64_t index(std::uint64_t k) const noexcept {

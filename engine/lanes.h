@@ -98,8 +98,14 @@ VESK_INLINE Quad even_lanes(Oct x) noexcept {
 VESK_INLINE Quad odd_lanes(Oct x) noexcept {
     return __builtin_shufflevector(x, x, 1, 3, 5, 7);
 }
-VESK_INLINE Oct pairs_reversed(Oct x) noexcept {
-    return __builtin_shufflevector(x, x, 6, 7, 4, 5, 2, 3, 0, 1);
+// Elements of 4 or 8 bytes in the opposite order.
+template <std::size_t Bytes>
+VESK_INLINE Oct reversed(Oct x) noexcept {
+    static_assert(Bytes == 4 || Bytes == 8);
+    if constexpr (Bytes == 8)
+        return __builtin_shufflevector(x, x, 6, 7, 4, 5, 2, 3, 0, 1);
+    else
+        return __builtin_shufflevector(x, x, 7, 6, 5, 4, 3, 2, 1, 0);
 }
 // The left lanes of a and the right lanes of b.
 VESK_INLINE Oct left_and_right(Oct a, Oct b) noexcept {

@@ -29,8 +29,10 @@ VESK_INLINE Run next_values(Bank& bank, float amount, std::size_t n) noexcept {
     float mono[longest_run];
     bank.next(mono, n);
     Run values;
-    for (std::size_t i = 0; i < n; ++i) values[i] = both(mono[i] * amount);
-    values.finish(n);
+    for (std::size_t i = 0; i < n; i += pairs_in_oct) {
+        const Quad four = load<Quad>(mono + i) * amount;
+        values.set_four(i, interleaved(four, four));
+    }
     return values;
 }
 

@@ -20,9 +20,8 @@ namespace orvane::blocks::vesk {
 using FrameRing = CircularBuffer<Pair>;
 
 // n frames from a place of the ring on, each one place below the last: what a fixed distance meets
-// while the head moves. And n pushes.
+// while the head moves.
 VESK_INLINE Run read_down(const FrameRing& ring, std::uint64_t place, std::size_t n) noexcept;
-VESK_INLINE void push_run(FrameRing& ring, const Run& x, std::size_t n) noexcept;
 
 struct AllPass {
     FrameRing ring;
@@ -129,7 +128,7 @@ VESK_INLINE Run read_down(const FrameRing& ring, std::uint64_t place, std::size_
         for (std::size_t i = 0; i < n; i += pairs_in_oct) {
             Oct four;
             __builtin_memcpy(&four, frames + place - i - (pairs_in_oct - 1), sizeof four);
-            out.set_four(i, pairs_reversed(four));
+            out.set_four(i, reversed<sizeof(Pair)>(four));
         }
     } else {
         for (std::size_t i = 0; i < n; ++i) {
@@ -139,21 +138,6 @@ VESK_INLINE Run read_down(const FrameRing& ring, std::uint64_t place, std::size_
         out.finish(n);
     }
     return out;
-}
-
-VESK_INLINE void push_run(FrameRing& ring, const Run& x, std::size_t n) noexcept {
-    Pair* const frames = ring.storage.get();
-    if (ring.head >= n) [[likely]] {
-        std::size_t i = 0;
-        for (; i + pairs_in_oct <= n; i += pairs_in_oct) {
-            const Oct four = pairs_reversed(x.four(i));
-            __builtin_memcpy(frames + ring.head - i - pairs_in_oct, &four, sizeof four);
-        }
-        for (; i < n; ++i) frames[ring.head - i - 1] = x[i];
-        ring.head -= n;
-    } else {
-        for (std::size_t i = 0; i < n; ++i) ring.push(x[i]);
-    }
 }
 
 // What at(distance) met after each of the last n pushes.
@@ -172,7 +156,7 @@ VESK_INLINE Run AllPass::process(const Run& x, std::size_t n) noexcept {
     last_read = r[n - 1];
     const Run v = map_run(
         n, [=](Oct in, Oct old) { return in - old * c; }, x, r);
-    push_run(ring, v, n);
+    ring.push(v.frames, n);
     return map_run(
         n, [=](Oct old, Oct in) { return old + in * c; }, r, v);
 }
@@ -181,7 +165,7 @@ VESK_INLINE Run ModulatedAllPass::process(const Run& x, const Run& y, std::size_
     const Oct c = pairs(coefficient);
     const Run v = map_run(
         n, [=](Oct in, Oct old) { return in - old * c; }, x, y);
-    push_run(ring, v, n);
+    ring.push(v.frames, n);
     return map_run(
         n, [=](Oct in, Oct old) { return in * c + old; }, v, y);
 }
@@ -305,7 +289,7 @@ VESK_INLINE Reverb::Sums Reverb::sum_taps(std::size_t n) const noexcept {
 }
 
 VESK_INLINE Reverb::Sums Reverb::process_piece(const Run& x, std::size_t n) noexcept {
-    push_run(predelay, x, n);
+    predelay.push(x.frames, n);
     const Recursions r = recur(read_behind(predelay, predelay_samples, n), n);
     Run y = r.band_limited;
     for (AllPass& diffuser : diffusers) y = diffuser.process(y, n);
@@ -316,10 +300,12 @@ VESK_INLINE Reverb::Sums Reverb::process_piece(const Run& x, std::size_t n) noex
     const Run t1 = map_run(n, fed, y, read_oldest(tank_delay_out[0], n));
     const Run t0 = map_run(n, fed, y, read_oldest(tank_delay_out[1], n));
     const auto half = [&](std::size_t h, const Run& t) {
-        push_run(tank_delay_in[h], tank_allpass_in[h].process(t, r.interpolated[h], n), n);
+        const Run u = tank_allpass_in[h].process(t, r.interpolated[h], n);
+        tank_delay_in[h].push(u.frames, n);
         const Run damped = map_run(
             n, [=](Oct f) { return gain * f; }, r.damped[h]);
-        push_run(tank_delay_out[h], tank_allpass_out[h].process(damped, n), n);
+        const Run o = tank_allpass_out[h].process(damped, n);
+        tank_delay_out[h].push(o.frames, n);
     };
     half(0, t0);
     half(1, t1);

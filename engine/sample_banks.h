@@ -32,11 +32,16 @@ struct SamplePlayer {
 
     explicit SamplePlayer(double rate) : sample_rate(rate) {}
     VESK_INLINE float read_sample() noexcept;
-    // n values at table steps of one sample, each times gain, added to sum.
-    VESK_INLINE void add_whole_samples(float* sum, std::size_t n, float gain) noexcept;
-    VESK_INLINE bool plays_whole_samples() const noexcept {
-        return increment == 1.0 &&
-               position == static_cast<double>(static_cast<std::int64_t>(position));
+    // The next n values stand in the table as they are, and a whole vector more behind them.
+    VESK_INLINE bool plays_whole_samples(std::size_t n) const noexcept {
+        const auto i = static_cast<std::int64_t>(position);
+        return increment == 1.0 && position == static_cast<double>(i) &&
+               static_cast<std::uint64_t>(i) + n + lanes_of<Oct> <= table->length;
+    }
+    VESK_INLINE const float* whole_samples(std::size_t n) noexcept {
+        const float* const x = table->samples.data() + 1 + static_cast<std::int64_t>(position);
+        position += static_cast<double>(static_cast<std::int64_t>(n));
+        return x;
     }
 };
 
@@ -50,11 +55,12 @@ struct SampleBank {
     explicit SampleBank(float rate);
     void set_morph(float position);  // 0 to 1
     void rewind() noexcept;          // every player, sounding or not
+    // n values; room for a whole vector more behind them.
     VESK_INLINE void next(float* values, std::size_t n) noexcept;
     VESK_INLINE float next() noexcept {
-        float value;
-        next(&value, 1);
-        return value;
+        float value[lanes_of<Oct>];
+        next(value, 1);
+        return value[0];
     }
 };
 
@@ -82,27 +88,15 @@ VESK_INLINE float SamplePlayer::read_sample() noexcept {
     return value;
 }
 
-VESK_INLINE void SamplePlayer::add_whole_samples(float* sum, std::size_t n, float gain) noexcept {
-    auto i = static_cast<std::uint64_t>(position);
-    while (n != 0) {
-        const std::size_t count = smaller(n, static_cast<std::size_t>(table->length - i));
-        const float* const x = table->samples.data() + 1 + i;
-        for (std::size_t k = 0; k < count; ++k) sum[k] += x[k] * gain;
-        sum += count;
-        n -= count;
-        i = i + count == table->length ? 0 : i + count;
-    }
-    position = static_cast<double>(i);
-}
-
 template <std::size_t N>
 VESK_INLINE void SampleBank<N>::next(float* values, std::size_t n) noexcept {
     SamplePlayer* const pair = &players[index];
-    if (pair[0].plays_whole_samples() && pair[1].plays_whole_samples()) [[likely]] {
+    if (pair[0].plays_whole_samples(n) && pair[1].plays_whole_samples(n)) [[likely]] {
         // At whole positions the interpolation gives the sample itself.
-        for (std::size_t i = 0; i < n; ++i) values[i] = 0.0f;
-        pair[1].add_whole_samples(values, n, gain_b);
-        pair[0].add_whole_samples(values, n, gain_a);
+        const float* const x = pair[0].whole_samples(n);
+        const float* const y = pair[1].whole_samples(n);
+        for (std::size_t i = 0; i < n; i += lanes_of<Oct>)
+            store(values + i, load<Oct>(x + i) * gain_a + load<Oct>(y + i) * gain_b);
         return;
     }
     for (std::size_t i = 0; i < n; ++i) {
