@@ -80,7 +80,7 @@ struct ReadPlan {
         std::int32_t index[longest_run];  // whole part of the position on the line
         float fraction[longest_run];      // the rest of it
 
-        VESK_INLINE void resolve(const float* limit, std::size_t n) noexcept;
+        VESK_INLINE void resolve(const float* limits, std::size_t n) noexcept;
         VESK_INLINE void copy_finding(const Lane& other, std::size_t first,
                                       std::size_t end) noexcept;
     };
@@ -169,8 +169,10 @@ VESK_INLINE void locate(CircularBuffer<std::int64_t>& ring, Cursor& cursor, std:
     // In locals, so that no store into the ring or the plan makes them be read again.
     std::int64_t* const entries = ring.storage.get();
     const std::uint64_t size = ring.size;
-    const auto before = [size](std::uint64_t place) { return (place == 0 ? size : place) - 1; };
-    const auto behind = [size](std::uint64_t place) { return place + 1 == size ? 0 : place + 1; };
+    const auto before = [size](std::uint64_t place)
+                            VESK_LAMBDA { return (place == 0 ? size : place) - 1; };
+    const auto behind = [size](std::uint64_t place)
+                            VESK_LAMBDA { return place + 1 == size ? 0 : place + 1; };
     std::uint64_t head = ring.head;
     std::uint64_t offset = cursor.offset;
     std::uint64_t place = ring.index(offset);  // of the entry at offset
@@ -238,11 +240,11 @@ VESK_INLINE void ReadPlan::Lane::copy_finding(const Lane& other, std::size_t fir
 
 // Line offsets in samples, between 1 and what has been written. What stands behind the n-th takes
 // part and is not read.
-VESK_INLINE void ReadPlan::Lane::resolve(const float* limit, std::size_t n) noexcept {
+VESK_INLINE void ReadPlan::Lane::resolve(const float* limits, std::size_t n) noexcept {
     for (std::size_t i = 0; i < n; i += lanes_of<Oct>) {
         const Oct p =
             (load<Oct>(rest + i) / load<Oct>(entry + i) + (load<Oct>(offset + i) - 0.5f)) - 1.0f;
-        const Oct top = load<Oct>(limit + i);
+        const Oct top = load<Oct>(limits + i);
         const Oct position = p > top ? top : larger(p, all<Oct>(1.0f));  // not a number: 1
         const IntOct whole_part = whole(position);
         store(index + i, whole_part);
@@ -290,7 +292,7 @@ VESK_INLINE Pair DelaySection::wanted_delay() const noexcept {
 
 VESK_INLINE ReadPlan DelaySection::plan_reads(const Run& speed, std::size_t n) noexcept {
     const Run rate = map_run(
-        n, [](Oct x) { return fast_exp2(x); }, speed);
+        n, [](Oct x) VESK_LAMBDA { return fast_exp2(x); }, speed);
     ReadPlan plan;
     const float whole_line = signed_float(delay_capacity - 3);
     for (std::size_t i = 0; i < n; ++i)
@@ -316,7 +318,7 @@ VESK_INLINE void DelaySection::plan_tape(const Run& rate, std::size_t n, ReadPla
     }
     glided.finish(n);
     const Run products = map_run(
-        n, [](Oct r, Oct d) { return (r / d) * fixed_point_one; }, rate, glided);
+        n, [](Oct r, Oct d) VESK_LAMBDA { return (r / d) * fixed_point_one; }, rate, glided);
     locate(tape_head, Entries(products, 0, n), Entries(products, 1, n), both(1.0f), 0, n,
            plan.lanes);
 }
@@ -349,7 +351,7 @@ VESK_INLINE bool DelaySection::heads_alike() const noexcept {
 VESK_INLINE void DelaySection::plan_crossfade(const Run& rate, std::size_t n,
                                               ReadPlan& plan) noexcept {
     const Run products = map_run(
-        n, [](Oct r) { return r * fixed_point_one; }, rate);
+        n, [](Oct r) VESK_LAMBDA { return r * fixed_point_one; }, rate);
     const Entries left(products, 0, n);
     const Entries right(products, 1, n);
     for (std::size_t first = 0, end = 0; first < n; first = end) {
@@ -383,7 +385,7 @@ VESK_INLINE void DelaySection::plan_crossfade(const Run& rate, std::size_t n,
 VESK_INLINE void read_lane(const CircularBuffer<float>& line, const ReadPlan::Lane& lane,
                            std::size_t first, std::size_t n, float* out) noexcept {
     // A frame's reads lie as much nearer as frames before it in this piece are unwritten.
-    const auto points = [&](std::size_t i) {
+    const auto points = [&](std::size_t i) VESK_LAMBDA {
         return points_at(line, lane.index[first + i] - static_cast<std::int32_t>(i));
     };
     std::size_t i = 0;

@@ -62,7 +62,7 @@ struct Ducker {
 VESK_INLINE Run Gate::gate_gains(const Run& input, std::size_t n) noexcept {
     const Run peak = map_run(
         n,
-        [](Oct x) {
+        [](Oct x) VESK_LAMBDA {
             const Oct size = magnitude(x);
             return larger(rights(size), lefts(size));
         },
@@ -85,7 +85,7 @@ VESK_INLINE Run Ducker::process(const Run& wet, const Run& detector, std::size_t
     constexpr float detector_floor = 1e-6f;  // keeps the logarithm's argument positive
     const Run target = map_run(
         n,
-        [this](Oct d) {
+        [this](Oct d) VESK_LAMBDA {
             const Oct size = magnitude(d);
             const Oct level = size < detector_floor ? all<Oct>(detector_floor) : size;
             const Oct over = fast_gain_to_db(level) - pairs(threshold_db);
@@ -104,8 +104,8 @@ VESK_INLINE Run Ducker::process(const Run& wet, const Run& detector, std::size_t
     }
     reduction.finish(n);
     return map_run(
-        n, [this](Oct r, Oct w) { return fast_db_to_gain(r) * pairs(makeup_gain) * w; }, reduction,
-        wet);
+        n, [this](Oct r, Oct w) VESK_LAMBDA { return fast_db_to_gain(r) * pairs(makeup_gain) * w; },
+        reduction, wet);
 }
 
 }  // namespace orvane::blocks::vesk

@@ -11,6 +11,7 @@
 // Inlined at every call. The vector loop is compiled for more than one processor; what it shares
 // with other files must leave no copy behind that the linker could hand to them.
 #define VESK_INLINE [[gnu::always_inline]] inline
+#define VESK_LAMBDA __attribute__((always_inline))
 
 namespace orvane::blocks::vesk {
 

@@ -85,19 +85,20 @@ VESK_INLINE Run Modulator::oscillate_at_random(const Run& phases, std::size_t n)
 }
 
 VESK_INLINE Run Modulator::oscillate(const Run& phases, std::size_t n) noexcept {
-    const auto shape = [&](auto formula) { return map_run(n, formula, phases); };
-    const auto saw_up = [](Oct f) { return f < 0.5f ? 2.0f * f : 2.0f * (f - 1.0f); };
+    const auto shape = [&](auto formula) VESK_LAMBDA { return map_run(n, formula, phases); };
+    const auto saw_up = [](Oct f) VESK_LAMBDA { return f < 0.5f ? 2.0f * f : 2.0f * (f - 1.0f); };
     switch (waveform) {
         case waveform_mode::sine:
-            return shape([](Oct f) { return fast_sine_cycle(f); });
+            return shape([](Oct f) VESK_LAMBDA { return fast_sine_cycle(f); });
         case waveform_mode::triangle:
-            return shape([](Oct f) { return triangle_of_phase(f); });
+            return shape([](Oct f) VESK_LAMBDA { return triangle_of_phase(f); });
         case waveform_mode::saw_up:
             return shape(saw_up);
         case waveform_mode::saw_down:
-            return shape([&](Oct f) { return -saw_up(f); });
+            return shape([&](Oct f) VESK_LAMBDA { return -saw_up(f); });
         case waveform_mode::square:
-            return shape([](Oct f) { return f < 0.5f ? all<Oct>(1.0f) : all<Oct>(-1.0f); });
+            return shape([](Oct f)
+                             VESK_LAMBDA { return f < 0.5f ? all<Oct>(1.0f) : all<Oct>(-1.0f); });
         case waveform_mode::random:
             return oscillate_at_random(phases, n);
     }
@@ -106,7 +107,7 @@ VESK_INLINE Run Modulator::oscillate(const Run& phases, std::size_t n) noexcept 
 
 VESK_INLINE Run Modulator::process(const Run& detector, std::size_t n) noexcept {
     const Run level = map_run(
-        n, [](Oct e) { return magnitude(e); }, detector);
+        n, [](Oct e) VESK_LAMBDA { return magnitude(e); }, detector);
     Run phases;
     Run followed;
     const Pair attack = both(envelope_attack_coefficient);
@@ -127,9 +128,8 @@ VESK_INLINE Run Modulator::process(const Run& detector, std::size_t n) noexcept 
     constexpr float swings_per_level = 10.0f;
     const Run value = map_run(
         n,
-        [&](Oct f, Oct s) {
-            return f * swings_per_level * envelope_mix + (1.0f - envelope_mix) * s;
-        },
+        [&](Oct f, Oct s)
+            VESK_LAMBDA { return f * swings_per_level * envelope_mix + (1.0f - envelope_mix) * s; },
         followed, swing);
     Run out;
     for (std::size_t i = 0; i < n; ++i) {

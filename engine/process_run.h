@@ -16,11 +16,14 @@ namespace orvane::blocks::vesk {
 VESK_INLINE Run reverb_send(Vesk& engine, const Run& x, std::size_t n) noexcept {
     constexpr float side_gain = 0.35355338f;  // 1 / (2 * sqrt(2))
     const Run sent = map_run(
-        n, [](Oct a) { return sum_and_difference(sum_and_difference(a) * pairs(0.5f, side_gain)); },
+        n,
+        [](Oct a) VESK_LAMBDA {
+            return sum_and_difference(sum_and_difference(a) * pairs(0.5f, side_gain));
+        },
         x);
     const Run sums = engine.reverb.process(sent, n);
     return map_run(
-        n, [&](Oct q) { return q * engine.reverb_amount; }, sums);
+        n, [&](Oct q) VESK_LAMBDA { return q * engine.reverb_amount; }, sums);
 }
 
 // A bank's next n values, each in both channels.
@@ -39,18 +42,19 @@ VESK_INLINE Run next_values(Bank& bank, float amount, std::size_t n) noexcept {
 // Octaves, from the raw input. In mid/side mode the modulator follows mid and side.
 VESK_INLINE Run read_speed(Vesk& engine, const Run& x, std::size_t n) noexcept {
     const bool mid_side = engine.channel_mode == kv7::orv::vesk::channel_mode::midside;
-    const Run detector = mid_side ? map_run(
-                                        n, [](Oct a) { return sum_and_difference(a) * 0.5f; }, x)
-                                  : x;
+    const Run detector =
+        mid_side ? map_run(
+                       n, [](Oct a) VESK_LAMBDA { return sum_and_difference(a) * 0.5f; }, x)
+                 : x;
     const Run m = engine.modulator.process(detector, n);
     constexpr float deepening = 3.0f;  // the label says four
     const float depth = engine.mod_delay * (engine.mod_mult ? deepening : 1.0f);
     if (!engine.wobble_on)
         return map_run(
-            n, [&](Oct a) { return a * depth + 0.0f; }, m);
+            n, [&](Oct a) VESK_LAMBDA { return a * depth + 0.0f; }, m);
     const Run w = next_values(engine.wobble_bank, engine.wobble_amount, n);
     return map_run(
-        n, [&](Oct a, Oct b) { return a * depth + b; }, m, w);
+        n, [&](Oct a, Oct b) VESK_LAMBDA { return a * depth + b; }, m, w);
 }
 
 // The input with its noise, gated by the raw input.
@@ -59,19 +63,19 @@ VESK_INLINE Run played_signal(Vesk& engine, const Run& x, std::size_t n) noexcep
     if (engine.noise_on) {
         const Run noise = next_values(engine.noise_bank, engine.noise_amount, n);
         g = map_run(
-            n, [&](Oct a, Oct b) { return a * engine.input_gain + b; }, x, noise);
+            n, [&](Oct a, Oct b) VESK_LAMBDA { return a * engine.input_gain + b; }, x, noise);
     } else {
         g = map_run(
-            n, [&](Oct a) { return a * engine.input_gain + 0.0f; }, x);
+            n, [&](Oct a) VESK_LAMBDA { return a * engine.input_gain + 0.0f; }, x);
     }
     if (!engine.gate_on) return g;
     return map_run(
-        n, [](Oct a, Oct gain) { return a * gain; }, g, engine.gate_gains(x, n));
+        n, [](Oct a, Oct gain) VESK_LAMBDA { return a * gain; }, g, engine.gate_gains(x, n));
 }
 
 VESK_INLINE Run sum_of(const Run& a, const Run& b, std::size_t n) noexcept {
     return map_run(
-        n, [](Oct p, Oct q) { return p + q; }, a, b);
+        n, [](Oct p, Oct q) VESK_LAMBDA { return p + q; }, a, b);
 }
 
 // What enters the lines: the played signal and what is fed back of s and of the reverb's r.
@@ -82,16 +86,16 @@ VESK_INLINE Run line_input(const Vesk& engine, const Run& played, const Run& s, 
     const bool pingpong = engine.channel_mode == channel_mode::pingpong;
     constexpr float sum_gain = 0.70710677f;  // 1 / sqrt(2)
     const float once = engine.feedback;
-    const auto input = [=](Oct i) {
+    const auto input = [=](Oct i) VESK_LAMBDA {
         return pingpong ? left_only((lefts(i) + rights(i)) * sum_gain) : i;
     };
     // In ping-pong a full journey through both lines costs the square.
-    const auto fed_back = [=](Oct f) {
+    const auto fed_back = [=](Oct f) VESK_LAMBDA {
         return pingpong ? swapped(f) * pairs(once * once, 1.0f) : f * once;
     };
     return map_run(
         n,
-        [&](Oct i, Oct a, Oct b) {
+        [&](Oct i, Oct a, Oct b) VESK_LAMBDA {
             // b holds reverb_amount already: the reverb enters the loop at its square.
             const Oct f = fed_back(a + engine.reverb_amount * b);
             const Oct sum = engine.feedback_invert ? input(i) - f : input(i) + f;
@@ -105,21 +109,22 @@ VESK_INLINE Run mixed(Vesk& engine, const Run& x, const Run& wet, std::size_t n)
     const float width = engine.width;
     Run o = map_run(
         n,
-        [=](Oct v) {
+        [=](Oct v) VESK_LAMBDA {
             const Oct mid = (lefts(v) + rights(v)) * 0.5f;
             const Oct side = (lefts(v) - rights(v)) * width * 0.5f;
             return mid + side * pairs(1.0f, -1.0f);
         },
         wet);
     if (engine.duck_on) {
-        const auto louder = [](Oct a) { return larger(magnitude(a), swapped(magnitude(a))); };
+        const auto louder = [](Oct a)
+                                VESK_LAMBDA { return larger(magnitude(a), swapped(magnitude(a))); };
         o = engine.ducker.process(o, map_run(n, louder, x), n);
     }
     const float wet_level = engine.output_gain * engine.wet_gain;
     const bool clipped = engine.clip_dry;
     return map_run(
         n,
-        [&](Oct a, Oct b) {
+        [&](Oct a, Oct b) VESK_LAMBDA {
             const Oct y = clipped ? saturate(b * engine.input_gain) * engine.output_gain : b;
             return wet_level * a + engine.dry_gain * y;
         },
@@ -137,7 +142,7 @@ VESK_INLINE Run process_planned(Vesk& engine, const Run& x, const ReadPlan& plan
     const Run delayed = engine.read_delay(plan, first, n);
     const Run s = map_run(
         n,
-        [=](Oct d) {
+        [=](Oct d) VESK_LAMBDA {
             // Unity: the halves are in the encoding.
             return saturate(mid_side ? sum_and_difference(d) : d);
         },

@@ -155,19 +155,19 @@ VESK_INLINE Run AllPass::process(const Run& x, std::size_t n) noexcept {
     const Run r = read_oldest(ring, n);
     last_read = r[n - 1];
     const Run v = map_run(
-        n, [=](Oct in, Oct old) { return in - old * c; }, x, r);
+        n, [=](Oct in, Oct old) VESK_LAMBDA { return in - old * c; }, x, r);
     ring.push(v.frames, n);
     return map_run(
-        n, [=](Oct old, Oct in) { return old + in * c; }, r, v);
+        n, [=](Oct old, Oct in) VESK_LAMBDA { return old + in * c; }, r, v);
 }
 
 VESK_INLINE Run ModulatedAllPass::process(const Run& x, const Run& y, std::size_t n) noexcept {
     const Oct c = pairs(coefficient);
     const Run v = map_run(
-        n, [=](Oct in, Oct old) { return in - old * c; }, x, y);
+        n, [=](Oct in, Oct old) VESK_LAMBDA { return in - old * c; }, x, y);
     ring.push(v.frames, n);
     return map_run(
-        n, [=](Oct in, Oct old) { return in * c + old; }, v, y);
+        n, [=](Oct in, Oct old) VESK_LAMBDA { return in * c + old; }, v, y);
 }
 
 template <class T>
@@ -190,7 +190,7 @@ VESK_INLINE Run Reverb::sway(std::size_t n) noexcept {
     constexpr float excursion = 8.0f;  // samples at 29761 Hz, either way
     return map_run(
         n,
-        [this](Oct p) {
+        [this](Oct p) VESK_LAMBDA {
             return ((fast_sine_cycle(p) + 1.0f) * excursion + pairs(672.0f, 908.0f)) * length_scale;
         },
         phases);
@@ -203,26 +203,26 @@ VESK_INLINE Reverb::Recursions Reverb::recur(const Run& predelayed, std::size_t 
     const Run old1 = read_oldest(tank_delay_in[1], n);
 
     // Where between its samples each interpolator reads, and with which weight.
-    const auto last = [](const FrameRing& ring) {
+    const auto last = [](const FrameRing& ring) VESK_LAMBDA {
         return static_cast<float>(static_cast<std::int64_t>(ring.size - 2));
     };
     const Oct most = pairs(last(m0.ring), last(m1.ring));
     const Run position = map_run(
         n,
-        [=](Oct d) {
+        [=](Oct d) VESK_LAMBDA {
             const Oct e = d - 1.0f;
             return most >= e ? larger(e, Oct{}) : most;
         },
         sway(n));
     const Run weight = map_run(
         n,
-        [](Oct p) {
+        [](Oct p) VESK_LAMBDA {
             const Oct t = p - floats(whole(p));
             return (1.0f - t) / (1.0f + t);
         },
         position);
 
-    const auto twice = [](Pair x) { return quad(x, x); };
+    const auto twice = [](Pair x) VESK_LAMBDA { return quad(x, x); };
     const Pair band_gain = bandwidth_filter.step_gain();
     const Quad damp_gain = twice(damping_filter.step_gain());
     const Quad damp_high = twice(damping_filter.high_gain);
@@ -230,7 +230,7 @@ VESK_INLINE Reverb::Recursions Reverb::recur(const Run& predelayed, std::size_t 
     Pair band = bandwidth_state;
     Quad damp = quad(damping_state[0], damping_state[1]);
     Quad between = quad(m0.interpolator_state, m1.interpolator_state);
-    const auto two_at = [](const FrameRing& ring, std::uint64_t place) {
+    const auto two_at = [](const FrameRing& ring, std::uint64_t place) VESK_LAMBDA {
         Quad two;
         if (place + 2 <= ring.size) [[likely]]
             __builtin_memcpy(&two, ring.storage.get() + place, sizeof two);
@@ -275,13 +275,11 @@ VESK_INLINE Reverb::Sums Reverb::sum_taps(std::size_t n) const noexcept {
     const auto& [out0, out1] = tank_delay_out;
     const FrameRing& mid0 = tank_allpass_out[0].ring;
     const FrameRing& mid1 = tank_allpass_out[1].ring;
-    const auto tap = [&](const FrameRing& ring, std::size_t i) {
-        return read_behind(ring, output_taps[i], n);
-    };
+    const auto tap = [&](const FrameRing& ring, std::size_t i)
+                         VESK_LAMBDA { return read_behind(ring, output_taps[i], n); };
     constexpr float tap_gain = 0.6f;
-    const auto sum = [](Oct p, Oct q, Oct r, Oct s, Oct t, Oct u, Oct v) {
-        return tap_gain * (p + q - r + s - t - u - v);
-    };
+    const auto sum = [](Oct p, Oct q, Oct r, Oct s, Oct t, Oct u, Oct v)
+                         VESK_LAMBDA { return tap_gain * (p + q - r + s - t - u - v); };
     return {map_run(n, sum, tap(in1, 0), tap(in1, 1), tap(mid1, 2), tap(out1, 3), tap(in0, 4),
                     tap(mid0, 5), tap(out0, 6)),
             map_run(n, sum, tap(in0, 7), tap(in0, 8), tap(mid0, 9), tap(out0, 10), tap(in1, 11),
@@ -296,14 +294,14 @@ VESK_INLINE Reverb::Sums Reverb::process_piece(const Run& x, std::size_t n) noex
 
     // Each half takes the other's end, read before anything is pushed.
     const Oct gain = pairs(decay);
-    const auto fed = [=](Oct in, Oct end) { return in + gain * end; };
+    const auto fed = [=](Oct in, Oct end) VESK_LAMBDA { return in + gain * end; };
     const Run t1 = map_run(n, fed, y, read_oldest(tank_delay_out[0], n));
     const Run t0 = map_run(n, fed, y, read_oldest(tank_delay_out[1], n));
-    const auto half = [&](std::size_t h, const Run& t) {
+    const auto half = [&](std::size_t h, const Run& t) VESK_LAMBDA {
         const Run u = tank_allpass_in[h].process(t, r.interpolated[h], n);
         tank_delay_in[h].push(u.frames, n);
         const Run damped = map_run(
-            n, [=](Oct f) { return gain * f; }, r.damped[h]);
+            n, [=](Oct f) VESK_LAMBDA { return gain * f; }, r.damped[h]);
         const Run o = tank_allpass_out[h].process(damped, n);
         tank_delay_out[h].push(o.frames, n);
     };
@@ -313,7 +311,7 @@ VESK_INLINE Reverb::Sums Reverb::process_piece(const Run& x, std::size_t n) noex
 }
 
 VESK_INLINE Run Reverb::process(const Run& x, std::size_t n) noexcept {
-    const auto heard = [](Oct a, Oct b) { return left_and_right(a, b); };
+    const auto heard = [](Oct a, Oct b) VESK_LAMBDA { return left_and_right(a, b); };
     if (n <= longest_piece_) [[likely]] {
         const Sums sums = process_piece(x, n);
         return map_run(n, heard, sums.a, sums.b);
