@@ -29,10 +29,11 @@ struct Gate {
     void set_gate_release(float seconds);
     void reset_gate() noexcept;
 
-    // The gain for each frame of a signal, from the raw input; both lanes alike.
-    VESK_INLINE Run gate_gains(const Run& input, std::size_t n) noexcept;
+    // The louder side of a run's raw input, and what one frame of it does to the gain.
+    VESK_INLINE static Run peaks(const Run& input, std::size_t n) noexcept;
+    VESK_INLINE float step(float peak) noexcept;
     VESK_INLINE float step_gate(Pair input) noexcept {
-        return gate_gains(run_of_one(input), 1)[0][0];
+        return step(peaks(run_of_one(input), 1)[0][0]);
     }
 };
 
@@ -53,37 +54,40 @@ struct Ducker {
     void set_release(float seconds);
     void reset() noexcept { reduction_db = Pair{}; }
 
-    VESK_INLINE Run process(const Run& wet, const Run& detector, std::size_t n) noexcept;
+    // Where the detector wants the gain to go, dB, and one frame's step towards it.
+    VESK_INLINE Run targets(const Run& detector, std::size_t n) const noexcept;
+    VESK_INLINE Pair step(Pair target) noexcept;
+    VESK_INLINE Run apply(const Run& wet, const Run& reduction, std::size_t n) const noexcept;
+    // One frame of all.
     VESK_INLINE Pair process(Pair wet, Pair detector) noexcept {
-        return process(run_of_one(wet), run_of_one(detector), 1)[0];
+        const Run reduction = run_of_one(step(targets(run_of_one(detector), 1)[0]));
+        return apply(run_of_one(wet), reduction, 1)[0];
     }
 };
 
-VESK_INLINE Run Gate::gate_gains(const Run& input, std::size_t n) noexcept {
-    const Run peak = map_run(
+VESK_INLINE Run Gate::peaks(const Run& input, std::size_t n) noexcept {
+    return map_run(
         n,
         [](Oct x) VESK_LAMBDA {
             const Oct size = magnitude(x);
             return larger(rights(size), lefts(size));
         },
         input);
-    Run gains;
-    for (std::size_t i = 0; i < n; ++i) {
-        gate_envelope = larger((1.0f - gate_peak_coefficient) * gate_envelope, peak[i][0]);
-        gate_open = (gate_open || gate_envelope > gate_open_threshold) &&
-                    gate_envelope > gate_close_threshold;
-        const float c = gate_open ? gate_attack_coefficient : gate_release_coefficient;
-        const float goal = gate_open ? 1.0f : 0.0f;
-        gate_gain = goal * c + (1.0f - c) * gate_gain;
-        gains[i] = both(gate_gain);
-    }
-    gains.finish(n);
-    return gains;
 }
 
-VESK_INLINE Run Ducker::process(const Run& wet, const Run& detector, std::size_t n) noexcept {
+VESK_INLINE float Gate::step(float peak) noexcept {
+    gate_envelope = larger((1.0f - gate_peak_coefficient) * gate_envelope, peak);
+    gate_open =
+        (gate_open || gate_envelope > gate_open_threshold) && gate_envelope > gate_close_threshold;
+    const float c = gate_open ? gate_attack_coefficient : gate_release_coefficient;
+    const float goal = gate_open ? 1.0f : 0.0f;
+    gate_gain = goal * c + (1.0f - c) * gate_gain;
+    return gate_gain;
+}
+
+VESK_INLINE Run Ducker::targets(const Run& detector, std::size_t n) const noexcept {
     constexpr float detector_floor = 1e-6f;  // keeps the logarithm's argument positive
-    const Run target = map_run(
+    return map_run(
         n,
         [this](Oct d) VESK_LAMBDA {
             const Oct size = magnitude(d);
@@ -92,17 +96,17 @@ VESK_INLINE Run Ducker::process(const Run& wet, const Run& detector, std::size_t
             return (pairs(slope) - 1.0f) * (over >= 0.0f ? over : Oct{});
         },
         detector);
-    Run reduction;
-    for (std::size_t i = 0; i < n; ++i) {
-        // At equality it is the release.
-        const Pair back =
-            (1.0f - release_coefficient) * reduction_db + target[i] * release_coefficient;
-        const Pair down =
-            (1.0f - attack_coefficient) * reduction_db + target[i] * attack_coefficient;
-        reduction_db = target[i] >= reduction_db ? back : down;
-        reduction[i] = reduction_db;
-    }
-    reduction.finish(n);
+}
+
+VESK_INLINE Pair Ducker::step(Pair target) noexcept {
+    // At equality it is the release.
+    const Pair back = (1.0f - release_coefficient) * reduction_db + target * release_coefficient;
+    const Pair down = (1.0f - attack_coefficient) * reduction_db + target * attack_coefficient;
+    reduction_db = target >= reduction_db ? back : down;
+    return reduction_db;
+}
+
+VESK_INLINE Run Ducker::apply(const Run& wet, const Run& reduction, std::size_t n) const noexcept {
     return map_run(
         n, [this](Oct r, Oct w) VESK_LAMBDA { return fast_db_to_gain(r) * pairs(makeup_gain) * w; },
         reduction, wet);

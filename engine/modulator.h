@@ -38,9 +38,14 @@ struct Modulator {
     void set_phase_offset(float degrees);
     void reset() noexcept;  // random_state goes on
 
-    // detector is what the envelope follows.
-    VESK_INLINE Run process(const Run& detector, std::size_t n) noexcept;
-    VESK_INLINE Pair process(Pair detector) noexcept { return process(run_of_one(detector), 1)[0]; }
+    // The two parts that wait for themselves, frame by frame: phases of this frame, and the level
+    // of the detector followed.
+    VESK_INLINE Pair step_phases() noexcept;
+    VESK_INLINE Pair follow(Pair level) noexcept;
+    // What a run of both gives.
+    VESK_INLINE Run blend(const Run& phases, const Run& followed, std::size_t n) noexcept;
+    // One frame of all; detector is what the envelope follows.
+    VESK_INLINE Pair process(Pair detector) noexcept;
     VESK_INLINE float next_random() noexcept;  // -1 up to 1
 
 private:
@@ -105,23 +110,22 @@ VESK_INLINE Run Modulator::oscillate(const Run& phases, std::size_t n) noexcept 
     return {};
 }
 
-VESK_INLINE Run Modulator::process(const Run& detector, std::size_t n) noexcept {
-    const Run level = map_run(
-        n, [](Oct e) VESK_LAMBDA { return magnitude(e); }, detector);
-    Run phases;
-    Run followed;
-    const Pair attack = both(envelope_attack_coefficient);
-    const Pair release = both(envelope_release_coefficient);
-    for (std::size_t i = 0; i < n; ++i) {
-        phases[i] = Pair{phase, phase_after(phase, phase_offset)};
-        phase = phase_after(phase, phase_increment);
-        const Pair up = (1.0f - attack) * envelope + attack * level[i];
-        const Pair down = (1.0f - release) * envelope + release * level[i];
-        envelope = level[i] > envelope ? up : down;
-        followed[i] = envelope;
-    }
-    phases.finish(n);
-    followed.finish(n);
+VESK_INLINE Pair Modulator::step_phases() noexcept {
+    const Pair phases{phase, phase_after(phase, phase_offset)};
+    phase = phase_after(phase, phase_increment);
+    return phases;
+}
+
+VESK_INLINE Pair Modulator::follow(Pair level) noexcept {
+    const Pair up =
+        (1.0f - envelope_attack_coefficient) * envelope + envelope_attack_coefficient * level;
+    const Pair down =
+        (1.0f - envelope_release_coefficient) * envelope + envelope_release_coefficient * level;
+    envelope = level > envelope ? up : down;
+    return envelope;
+}
+
+VESK_INLINE Run Modulator::blend(const Run& phases, const Run& followed, std::size_t n) noexcept {
     const Run swing = oscillate(phases, n);
     last_phase = phases[n - 1];
 
@@ -132,12 +136,20 @@ VESK_INLINE Run Modulator::process(const Run& detector, std::size_t n) noexcept 
             VESK_LAMBDA { return f * swings_per_level * envelope_mix + (1.0f - envelope_mix) * s; },
         followed, swing);
     Run out;
+    Pair state = smoothed;
+    const Pair k = both(smoothing_coefficient);
     for (std::size_t i = 0; i < n; ++i) {
-        smoothed = value[i] * smoothing_coefficient + (1.0f - smoothing_coefficient) * smoothed;
-        out[i] = smoothed;
+        state = value[i] * k + (1.0f - k) * state;
+        out[i] = state;
     }
+    smoothed = state;
     out.finish(n);
     return out;
+}
+
+VESK_INLINE Pair Modulator::process(Pair detector) noexcept {
+    const Run phases = run_of_one(step_phases());
+    return blend(phases, run_of_one(follow(magnitude(detector))), 1)[0];
 }
 
 }  // namespace orvane::blocks::vesk

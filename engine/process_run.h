@@ -11,9 +11,68 @@
 
 namespace orvane::blocks::vesk {
 
+// What follows from the raw input, or from nothing, and waits for itself: decided for a run before
+// any audio. Those of stages that are off stand unset.
+struct Followed {
+    Run phases;     // of the modulator
+    Run envelope;   // of the modulator
+    Run gate_gain;  // both lanes alike
+    Run reduction;  // of the ducker, dB
+    Run sway;       // phases of the reverb's oscillators
+
+    VESK_INLINE Followed slice(std::size_t first, std::size_t n) const noexcept {
+        return {phases.slice(first, n), envelope.slice(first, n), gate_gain.slice(first, n),
+                reduction.slice(first, n), sway.slice(first, n)};
+    }
+};
+
+VESK_INLINE Followed follow_input(Vesk& engine, const Run& x, std::size_t n) noexcept {
+    const bool mid_side = engine.channel_mode == kv7::orv::vesk::channel_mode::midside;
+    const bool gate_on = engine.gate_on;
+    const bool duck_on = engine.duck_on;
+    const bool reverb_on = engine.reverb_amount != 0.0f;
+    // In mid/side mode the modulator follows mid and side; gate and ducker the raw input.
+    const Run level = map_run(
+        n,
+        [=](Oct a) VESK_LAMBDA { return magnitude(mid_side ? sum_and_difference(a) * 0.5f : a); },
+        x);
+    const Run peak = Gate::peaks(x, n);
+    Run target;
+    if (duck_on) {
+        const auto louder = [](Oct a)
+                                VESK_LAMBDA { return larger(magnitude(a), swapped(magnitude(a))); };
+        target = engine.ducker.targets(map_run(n, louder, x), n);
+    }
+    // Copies keep their state in registers; side by side no chain waits for another.
+    Modulator modulator = engine.modulator;
+    Gate gate = engine;
+    Ducker ducker = engine.ducker;
+    Pair sway = engine.reverb.lfo_phase;
+    Followed out;
+    for (std::size_t i = 0; i < n; ++i) {
+        out.phases[i] = modulator.step_phases();
+        out.envelope[i] = modulator.follow(level[i]);
+        if (gate_on) out.gate_gain[i] = both(gate.step(peak[i][0]));
+        if (duck_on) out.reduction[i] = ducker.step(target[i]);
+        out.sway[i] = sway;
+        if (reverb_on) sway = engine.reverb.phases_after(sway);
+    }
+    engine.modulator.phase = modulator.phase;
+    engine.modulator.envelope = modulator.envelope;
+    static_cast<Gate&>(engine) = gate;
+    engine.ducker.reduction_db = ducker.reduction_db;
+    engine.reverb.lfo_phase = sway;
+    out.phases.finish(n);
+    out.envelope.finish(n);
+    out.gate_gain.finish(n);
+    out.reduction.finish(n);
+    out.sway.finish(n);
+    return out;
+}
+
 // Sends x to the reverb with its side signal reduced. Its left output is tap sum A of the left
 // lane, its right output tap sum B of the right one.
-VESK_INLINE Run reverb_send(Vesk& engine, const Run& x, std::size_t n) noexcept {
+VESK_INLINE Run reverb_send(Vesk& engine, const Run& x, const Run& sway, std::size_t n) noexcept {
     constexpr float side_gain = 0.35355338f;  // 1 / (2 * sqrt(2))
     const Run sent = map_run(
         n,
@@ -21,7 +80,7 @@ VESK_INLINE Run reverb_send(Vesk& engine, const Run& x, std::size_t n) noexcept 
             return sum_and_difference(sum_and_difference(a) * pairs(0.5f, side_gain));
         },
         x);
-    const Run sums = engine.reverb.process(sent, n);
+    const Run sums = engine.reverb.process(sent, sway, n);
     return map_run(
         n, [&](Oct q) VESK_LAMBDA { return q * engine.reverb_amount; }, sums);
 }
@@ -39,14 +98,9 @@ VESK_INLINE Run next_values(Bank& bank, float amount, std::size_t n) noexcept {
     return values;
 }
 
-// Octaves, from the raw input. In mid/side mode the modulator follows mid and side.
-VESK_INLINE Run read_speed(Vesk& engine, const Run& x, std::size_t n) noexcept {
-    const bool mid_side = engine.channel_mode == kv7::orv::vesk::channel_mode::midside;
-    const Run detector =
-        mid_side ? map_run(
-                       n, [](Oct a) VESK_LAMBDA { return sum_and_difference(a) * 0.5f; }, x)
-                 : x;
-    const Run m = engine.modulator.process(detector, n);
+// Octaves.
+VESK_INLINE Run read_speed(Vesk& engine, const Followed& followed, std::size_t n) noexcept {
+    const Run m = engine.modulator.blend(followed.phases, followed.envelope, n);
     constexpr float deepening = 3.0f;  // the label says four
     const float depth = engine.mod_delay * (engine.mod_mult ? deepening : 1.0f);
     if (!engine.wobble_on)
@@ -58,7 +112,8 @@ VESK_INLINE Run read_speed(Vesk& engine, const Run& x, std::size_t n) noexcept {
 }
 
 // The input with its noise, gated by the raw input.
-VESK_INLINE Run played_signal(Vesk& engine, const Run& x, std::size_t n) noexcept {
+VESK_INLINE Run played_signal(Vesk& engine, const Run& x, const Run& gate_gain,
+                              std::size_t n) noexcept {
     Run g;
     if (engine.noise_on) {
         const Run noise = next_values(engine.noise_bank, engine.noise_amount, n);
@@ -70,7 +125,7 @@ VESK_INLINE Run played_signal(Vesk& engine, const Run& x, std::size_t n) noexcep
     }
     if (!engine.gate_on) return g;
     return map_run(
-        n, [](Oct a, Oct gain) VESK_LAMBDA { return a * gain; }, g, engine.gate_gains(x, n));
+        n, [](Oct a, Oct gain) VESK_LAMBDA { return a * gain; }, g, gate_gain);
 }
 
 VESK_INLINE Run sum_of(const Run& a, const Run& b, std::size_t n) noexcept {
@@ -105,7 +160,8 @@ VESK_INLINE Run line_input(const Vesk& engine, const Run& played, const Run& s, 
 }
 
 // The wet signal behind width and ducker, mixed with the dry one.
-VESK_INLINE Run mixed(Vesk& engine, const Run& x, const Run& wet, std::size_t n) noexcept {
+VESK_INLINE Run mixed(const Vesk& engine, const Run& x, const Run& wet, const Run& reduction,
+                      std::size_t n) noexcept {
     const float width = engine.width;
     Run o = map_run(
         n,
@@ -115,11 +171,7 @@ VESK_INLINE Run mixed(Vesk& engine, const Run& x, const Run& wet, std::size_t n)
             return mid + side * pairs(1.0f, -1.0f);
         },
         wet);
-    if (engine.duck_on) {
-        const auto louder = [](Oct a)
-                                VESK_LAMBDA { return larger(magnitude(a), swapped(magnitude(a))); };
-        o = engine.ducker.process(o, map_run(n, louder, x), n);
-    }
+    if (engine.duck_on) o = engine.ducker.apply(o, reduction, n);
     const float wet_level = engine.output_gain * engine.wet_gain;
     const bool clipped = engine.clip_dry;
     return map_run(
@@ -132,8 +184,8 @@ VESK_INLINE Run mixed(Vesk& engine, const Run& x, const Run& wet, std::size_t n)
 }
 
 // n frames whose reads all lie before their own writes, from frame first of the plan on.
-VESK_INLINE Run process_planned(Vesk& engine, const Run& x, const ReadPlan& plan, std::size_t first,
-                                std::size_t n) noexcept {
+VESK_INLINE Run process_planned(Vesk& engine, const Run& x, const Followed& followed,
+                                const ReadPlan& plan, std::size_t first, std::size_t n) noexcept {
     using kv7::orv::vesk::location_mode;
     const bool mid_side = engine.channel_mode == kv7::orv::vesk::channel_mode::midside;
     const bool reverb_on = engine.reverb_amount != 0.0f;
@@ -148,35 +200,36 @@ VESK_INLINE Run process_planned(Vesk& engine, const Run& x, const ReadPlan& plan
         },
         delayed);
     Run r{};
-    if (reverb_on && location == location_mode::feedback) r = reverb_send(engine, s, n);
+    if (reverb_on && location == location_mode::feedback)
+        r = reverb_send(engine, s, followed.sway, n);
 
-    Run played = played_signal(engine, x, n);
+    Run played = played_signal(engine, x, followed.gate_gain, n);
     if (reverb_on && location == location_mode::pre)
-        played = sum_of(played, reverb_send(engine, played, n), n);
+        played = sum_of(played, reverb_send(engine, played, followed.sway, n), n);
     engine.write_delay(line_input(engine, played, s, r, n), n);
 
     Run wet = sum_of(r, s, n);
     if (reverb_on && location == location_mode::post)
-        wet = sum_of(wet, reverb_send(engine, wet, n), n);
-    return mixed(engine, x, wet, n);
+        wet = sum_of(wet, reverb_send(engine, wet, followed.sway, n), n);
+    return mixed(engine, x, wet, followed.reduction, n);
 }
 
-// A run of n frames, 1 to longest_run. The read speed depends on the input alone and is decided for
-// all of them; the audio follows in as many pieces as the shortest delay asks for.
+// A run of n frames, 1 to longest_run. What depends on the input alone is decided for all of them;
+// the audio follows in as many pieces as the shortest delay asks for.
 VESK_INLINE Run process_run(Vesk& engine, const Run& x, std::size_t n) noexcept {
-    const ReadPlan plan = engine.plan_reads(read_speed(engine, x, n), n);
+    const Followed followed = follow_input(engine, x, n);
+    const ReadPlan plan = engine.plan_reads(read_speed(engine, followed, n), n);
     std::size_t piece = plan.free_frames(0, n);
     if (piece == n) [[likely]]
-        return process_planned(engine, x, plan, 0, n);
+        return process_planned(engine, x, followed, plan, 0, n);
     Run out;
     for (std::size_t first = 0; first < n; first += piece) {
         piece = plan.free_frames(first, n);
-        Run in;
-        for (std::size_t i = 0; i < piece; ++i) in[i] = x[first + i];
-        in.finish(piece);
-        const Run y = process_planned(engine, in, plan, first, piece);
+        const Run y = process_planned(engine, x.slice(first, piece), followed.slice(first, piece),
+                                      plan, first, piece);
         for (std::size_t i = 0; i < piece; ++i) out[first + i] = y[i];
     }
+    out.finish(n);
     return out;
 }
 

@@ -94,10 +94,14 @@ struct Reverb {
     void redesign_damping();
     void clear() noexcept;  // contents and states; coefficients and decay stay
 
-    // (a of the left lane, b of the right lane) of each frame.
-    VESK_INLINE Run process(const Run& x, std::size_t n) noexcept;
+    // The oscillators' phases of the next frame.
+    VESK_INLINE Pair phases_after(Pair phases) const noexcept;
+    // (a of the left lane, b of the right lane) of each frame, with the oscillators' phases.
+    VESK_INLINE Run process(const Run& x, const Run& phases, std::size_t n) noexcept;
     VESK_INLINE FrameSums process(Pair x) noexcept {
-        const Sums sums = process_piece(run_of_one(x), 1);
+        const Run phases = run_of_one(lfo_phase);
+        lfo_phase = phases_after(lfo_phase);
+        const Sums sums = process_piece(run_of_one(x), phases, 1);
         return {sums.a[0], sums.b[0]};
     }
 
@@ -110,9 +114,10 @@ private:
         std::array<Run, 2> damped;        // the ends of tank_delay_in
     };
 
-    VESK_INLINE Sums process_piece(const Run& x, std::size_t n) noexcept;
-    VESK_INLINE Run sway(std::size_t n) noexcept;  // delays of tank_allpass_in, samples; by half
-    VESK_INLINE Recursions recur(const Run& predelayed, std::size_t n) noexcept;
+    VESK_INLINE Sums process_piece(const Run& x, const Run& phases, std::size_t n) noexcept;
+    // Delays of tank_allpass_in in samples, half by half.
+    VESK_INLINE Run sway(const Run& phases, std::size_t n) const noexcept;
+    VESK_INLINE Recursions recur(const Run& predelayed, const Run& phases, std::size_t n) noexcept;
     VESK_INLINE Sums sum_taps(std::size_t n) const noexcept;
 
     // Frames that may go together: no stage reads what the same piece pushes, and no tap what it
@@ -179,14 +184,12 @@ VESK_INLINE T MatchedLowpass::process(T x, T& state, T gain, T high, T low) cons
     return high * stopped + low * passed;
 }
 
-VESK_INLINE Run Reverb::sway(std::size_t n) noexcept {
-    Run phases;
-    for (std::size_t i = 0; i < n; ++i) {
-        phases[i] = lfo_phase;
-        const Pair moved = lfo_phase + lfo_increment;
-        lfo_phase = moved >= 1.0f ? moved - 1.0f : moved;
-    }
-    phases.finish(n);
+VESK_INLINE Pair Reverb::phases_after(Pair phases) const noexcept {
+    const Pair moved = phases + lfo_increment;
+    return moved >= 1.0f ? moved - 1.0f : moved;
+}
+
+VESK_INLINE Run Reverb::sway(const Run& phases, std::size_t n) const noexcept {
     constexpr float excursion = 8.0f;  // samples at 29761 Hz, either way
     return map_run(
         n,
@@ -196,7 +199,8 @@ VESK_INLINE Run Reverb::sway(std::size_t n) noexcept {
         phases);
 }
 
-VESK_INLINE Reverb::Recursions Reverb::recur(const Run& predelayed, std::size_t n) noexcept {
+VESK_INLINE Reverb::Recursions Reverb::recur(const Run& predelayed, const Run& phases,
+                                             std::size_t n) noexcept {
     ModulatedAllPass& m0 = tank_allpass_in[0];
     ModulatedAllPass& m1 = tank_allpass_in[1];
     const Run old0 = read_oldest(tank_delay_in[0], n);
@@ -213,7 +217,7 @@ VESK_INLINE Reverb::Recursions Reverb::recur(const Run& predelayed, std::size_t 
             const Oct e = d - 1.0f;
             return most >= e ? larger(e, Oct{}) : most;
         },
-        sway(n));
+        sway(phases, n));
     const Run weight = map_run(
         n,
         [](Oct p) VESK_LAMBDA {
@@ -286,9 +290,10 @@ VESK_INLINE Reverb::Sums Reverb::sum_taps(std::size_t n) const noexcept {
                     tap(mid1, 12), tap(out1, 13))};
 }
 
-VESK_INLINE Reverb::Sums Reverb::process_piece(const Run& x, std::size_t n) noexcept {
+VESK_INLINE Reverb::Sums Reverb::process_piece(const Run& x, const Run& phases,
+                                               std::size_t n) noexcept {
     predelay.push(x.frames, n);
-    const Recursions r = recur(read_behind(predelay, predelay_samples, n), n);
+    const Recursions r = recur(read_behind(predelay, predelay_samples, n), phases, n);
     Run y = r.band_limited;
     for (AllPass& diffuser : diffusers) y = diffuser.process(y, n);
 
@@ -310,19 +315,16 @@ VESK_INLINE Reverb::Sums Reverb::process_piece(const Run& x, std::size_t n) noex
     return sum_taps(n);
 }
 
-VESK_INLINE Run Reverb::process(const Run& x, std::size_t n) noexcept {
+VESK_INLINE Run Reverb::process(const Run& x, const Run& phases, std::size_t n) noexcept {
     const auto heard = [](Oct a, Oct b) VESK_LAMBDA { return left_and_right(a, b); };
     if (n <= longest_piece_) [[likely]] {
-        const Sums sums = process_piece(x, n);
+        const Sums sums = process_piece(x, phases, n);
         return map_run(n, heard, sums.a, sums.b);
     }
     Run out;
     for (std::size_t first = 0; first < n; first += longest_piece_) {
         const std::size_t count = smaller(longest_piece_, n - first);
-        Run piece;
-        for (std::size_t i = 0; i < count; ++i) piece[i] = x[first + i];
-        piece.finish(count);
-        const Sums sums = process_piece(piece, count);
+        const Sums sums = process_piece(x.slice(first, count), phases.slice(first, count), count);
         for (std::size_t i = 0; i < count; ++i) out[first + i] = Pair{sums.a[i][0], sums.b[i][1]};
     }
     out.finish(n);

@@ -29,6 +29,12 @@ struct alignas(Oct) Run {
     VESK_INLINE void finish(std::size_t n) noexcept {
         for (; n % pairs_in_oct != 0; ++n) frames[n] = Pair{};
     }
+    VESK_INLINE Run slice(std::size_t first, std::size_t n) const noexcept {
+        Run out;
+        for (std::size_t i = 0; i < n; ++i) out[i] = frames[first + i];
+        out.finish(n);
+        return out;
+    }
     VESK_INLINE void set_four(std::size_t i, Oct x) noexcept {
         __builtin_memcpy(frames + i, &x, sizeof x);
     }
