@@ -40,6 +40,16 @@ struct CircularBuffer {
         head = next_head();
         storage[head] = value;
     }
+    VESK_INLINE void push(const T* values, std::uint64_t count) noexcept {
+        if (head >= count) [[likely]] {
+            T* const place = storage.get() + head;
+            for (std::uint64_t i = 0; i < count; ++i)
+                place[-1 - static_cast<std::int64_t>(i)] = values[i];
+            head -= count;
+        } else {
+            for (std::uint64_t i = 0; i < count; ++i) push(values[i]);
+        }
+    }
     // k is below size at every call, so one subtraction is enough to wrap.
     VESK_INLINE std::uint64_t index(std::uint64_t k) const noexcept {
         const std::uint64_t i = head + k;

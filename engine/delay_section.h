@@ -10,11 +10,13 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 
 #include "engine/circular_buffer.h"
 #include "engine/fast_math.h"
 #include "engine/lanes.h"
+#include "engine/run.h"
 
 namespace orvane::blocks::vesk {
 
@@ -32,6 +34,24 @@ constexpr float largest_span = 2305843009213693952.0f;
 struct Cursor {
     std::uint64_t offset = 0;
     std::int64_t sum = 0;  // fixed point, of the entries at(0) to at(offset - 1)
+
+    VESK_INLINE bool operator==(const Cursor& other) const noexcept {
+        return offset == other.offset && sum == other.sum;
+    }
+};
+
+VESK_INLINE std::int64_t fixed_point(float x, float limit) noexcept {
+    return static_cast<std::int64_t>(smaller(x, limit));  // not a number counts as the limit
+}
+
+// The entries of one channel on their way through a run.
+struct Entries {
+    std::int64_t values[longest_run];
+
+    VESK_INLINE Entries(const Run& products, int side, std::size_t n) noexcept {
+        for (std::size_t i = 0; i < n; ++i)
+            values[i] = fixed_point(products[i][side], largest_entry);
+    }
 };
 
 struct ReadHead {
@@ -44,11 +64,32 @@ struct ReadHead {
 
     explicit ReadHead(std::uint64_t entries);
     void seed(std::int64_t entry_left, std::int64_t entry_right) noexcept;
-    VESK_INLINE void push(std::int64_t entry_left, std::int64_t entry_right) noexcept {
-        filled = smaller(filled + 1, capacity);
-        rate_left.push(entry_left);
-        rate_right.push(entry_right);
-    }
+    void push(std::int64_t entry_left, std::int64_t entry_right) noexcept;
+    // A run's entries, when this head stands where the other did and wants the same delay.
+    VESK_INLINE void follow(const ReadHead& other, const Entries& left, const Entries& right,
+                            std::size_t first, std::size_t end) noexcept;
+};
+
+// Where the frames of a run read. Each frame has four reads: left and right of head 0, then of head
+// 1; the tape head has the first two only.
+struct ReadPlan {
+    Quad rest[longest_run];      // of the span behind the cursor, fixed point
+    Quad entry[longest_run];     // the entry the span ends in, fixed point
+    Quad offset[longest_run];    // the cursor's
+    float limit[longest_run];    // the oldest readable position
+    float weight[longest_run];   // of head 1
+    bool one_position = true;    // in all frames both heads, or the only one, read at one place
+    IntQuad index[longest_run];  // whole part of the position on the line
+    Quad fraction[longest_run];  // the rest of it
+
+    // The second head where the first one is.
+    VESK_INLINE void repeat_head(std::size_t first, std::size_t end) noexcept;
+
+    // From what the cursors found to positions; all but limit and weight of n frames.
+    VESK_INLINE void resolve(std::size_t n) noexcept;
+
+    // How many frames from first on read nothing that one of them writes; at least 1.
+    VESK_INLINE std::size_t free_frames(std::size_t first, std::size_t n) const noexcept;
 };
 
 struct DelaySection {
@@ -82,64 +123,129 @@ struct DelaySection {
     void reset_read_heads() noexcept;
     void set_repitch(bool value) noexcept;
 
-    // speed in octaves. One call a sample, before write_delay.
-    VESK_INLINE Pair read_delay(Pair speed) noexcept;
-    VESK_INLINE void write_delay(Pair value) noexcept;
+    // Where a run of n frames reads: decided by the speeds, in octaves, and by no audio.
+    VESK_INLINE ReadPlan plan_reads(const Run& speed, std::size_t n) noexcept;
+    // What frames first to first + n - 1 of the plan read, while the line holds all before first.
+    // None of them may read what another one is still to write: plan.free_frames(first) tells.
+    VESK_INLINE Run read_delay(const ReadPlan& plan, std::size_t first,
+                               std::size_t n) const noexcept;
+    VESK_INLINE void write_delay(const Run& value, std::size_t n) noexcept;
+
+    // One frame: read before write.
+    VESK_INLINE Pair read_delay(Pair speed) noexcept {
+        return read_delay(plan_reads(run_of_one(speed), 1), 0, 1)[0];
+    }
+    VESK_INLINE void write_delay(Pair value) noexcept { write_delay(run_of_one(value), 1); }
 
     // delay_time in samples, 1 at least.
     VESK_INLINE Pair wanted_delay() const noexcept;
 
 private:
-    VESK_INLINE Pair read_tape(Pair rate) noexcept;
-    VESK_INLINE Pair read_crossfade(Pair rate) noexcept;
+    VESK_INLINE void plan_tape(const Run& rate, std::size_t n, ReadPlan& plan) noexcept;
+    VESK_INLINE void plan_crossfade(const Run& rate, std::size_t n, ReadPlan& plan) noexcept;
     VESK_INLINE void begin_crossfade() noexcept;
+    // While the delay rests the heads alternate on one position: what one finds the other finds.
+    VESK_INLINE bool heads_alike() const noexcept;
 };
 
-// What locate hands to the division that ends it: lanes of several heads are divided at once.
-struct Location {
-    float rest;    // of the span behind the cursor, fixed point
-    float entry;   // the entry the span ends in, fixed point
-    float offset;  // the cursor's
-};
-
-VESK_INLINE std::int64_t fixed_point(float x, float limit) noexcept {
-    return static_cast<std::int64_t>(smaller(x, limit));  // not a number counts as the limit
+VESK_INLINE float signed_float(std::uint64_t x) noexcept {
+    return static_cast<float>(static_cast<std::int64_t>(x));  // x is far below 2^63
 }
 
-// Moves the cursor to where the entries add up to the span and half of the newest entry, which is
-// the middle of the newest sample's stretch. Called just after a push; filled counts it already.
-VESK_INLINE Location locate(std::uint64_t filled, const CircularBuffer<std::int64_t>& ring,
-                            Cursor& cursor, float span) noexcept {
-    const std::int64_t newest = ring.storage[ring.head];
+// Pushes the entries of frames first to end - 1 onto a ring and moves its cursor, after each push,
+// to where the entries add up to the span and half of the newest entry, which is the middle of the
+// newest sample's stretch. What it finds goes to one lane of the plan. filled counts the ring's
+// valid entries before the first of these pushes.
+VESK_INLINE void locate(CircularBuffer<std::int64_t>& ring, Cursor& cursor, std::uint64_t filled,
+                        const Entries& pushed, std::int64_t span, std::size_t first,
+                        std::size_t end, int lane, ReadPlan& plan) noexcept {
+    // In locals, so that no store into the ring or the plan makes them be read again.
+    std::int64_t* const entries = ring.storage.get();
+    const std::uint64_t size = ring.size;
+    const auto before = [size](std::uint64_t place) { return (place == 0 ? size : place) - 1; };
+    const auto behind = [size](std::uint64_t place) { return place + 1 == size ? 0 : place + 1; };
+    std::uint64_t head = ring.head;
     std::uint64_t offset = cursor.offset;
-    // The push moved everything one place back.
-    std::int64_t entry = ring.at(offset);
-    std::int64_t sum = cursor.sum - entry + newest;
-    const std::int64_t target = fixed_point(span * fixed_point_one, largest_span) + newest / 2;
-    while (offset > 1 && sum > target) {
-        --offset;
-        entry = ring.at(offset);
-        sum -= entry;
+    std::uint64_t place = ring.index(offset);  // of the entry at offset
+    std::int64_t sum = cursor.sum;
+    for (std::size_t frame = first; frame < end; ++frame) {
+        const std::int64_t newest = pushed.values[frame];
+        head = before(head);
+        entries[head] = newest;
+        filled = smaller(filled + 1, size);
+        place = before(place);  // the push moved everything one place back
+        std::int64_t entry = entries[place];
+        sum += newest - entry;
+        const std::int64_t target = span + (newest >> 1);  // entries are never negative
+        while (sum > target && offset > 1) {
+            --offset;
+            place = before(place);
+            entry = entries[place];
+            sum -= entry;
+        }
+        while (sum + entry <= target && offset < filled - 1) {
+            sum += entry;
+            ++offset;
+            place = behind(place);
+            entry = entries[place];
+        }
+        // A history too short for the span ends the scan early, and the division that follows
+        // extrapolates with the oldest known entry: right at once after a reset.
+        plan.rest[frame][lane] = static_cast<float>(target - sum);
+        plan.entry[frame][lane] = static_cast<float>(entry);
+        plan.offset[frame][lane] = signed_float(offset);
     }
-    const std::uint64_t last = filled - 1;
-    while (offset < last && sum + entry <= target) {
-        sum += entry;
-        ++offset;
-        entry = ring.at(offset);
-    }
-    cursor = {offset, sum};
-    // A history too short for the span ends the scan early, and the division that follows
-    // extrapolates with the oldest known entry: right at once after a reset.
-    return {static_cast<float>(target - sum), static_cast<float>(entry),
-            static_cast<float>(static_cast<std::int64_t>(offset))};
+    ring.head = head;
+    cursor.offset = offset;
+    cursor.sum = sum;
 }
 
-// Line offsets in samples from what locate found, between 1 and what has been written.
-template <class T>
-VESK_INLINE T line_position(T rest, T entry, T offset, float limit) noexcept {
-    const T p = (rest / entry + (offset - 0.5f)) - 1.0f;
-    const T top = all<T>(limit);
-    return p > top ? top : larger(p, all<T>(1.0f));  // what is not a number reads at 1
+// Both channels of a head, from lane 0 or 2 of the plan on; spans in samples.
+VESK_INLINE void locate(ReadHead& head, const Entries& left, const Entries& right, Pair spans,
+                        std::size_t first, std::size_t end, int lane, ReadPlan& plan) noexcept {
+    const Pair fixed = spans * fixed_point_one;
+    locate(head.rate_left, head.cursor_left, head.filled, left, fixed_point(fixed[0], largest_span),
+           first, end, lane, plan);
+    locate(head.rate_right, head.cursor_right, head.filled, right,
+           fixed_point(fixed[1], largest_span), first, end, lane + 1, plan);
+    head.filled = smaller(head.filled + (end - first), head.capacity);
+}
+
+VESK_INLINE void ReadHead::follow(const ReadHead& other, const Entries& left, const Entries& right,
+                                  std::size_t first, std::size_t end) noexcept {
+    rate_left.push(left.values + first, end - first);
+    rate_right.push(right.values + first, end - first);
+    cursor_left = other.cursor_left;
+    cursor_right = other.cursor_right;
+    filled = other.filled;
+}
+
+VESK_INLINE void ReadPlan::repeat_head(std::size_t first, std::size_t end) noexcept {
+    const auto repeated = [](Quad x) { return quad(low_half(x), low_half(x)); };
+    for (std::size_t i = first; i < end; ++i) {
+        rest[i] = repeated(rest[i]);
+        entry[i] = repeated(entry[i]);
+        offset[i] = repeated(offset[i]);
+    }
+}
+
+// Line offsets in samples, between 1 and what has been written.
+VESK_INLINE void ReadPlan::resolve(std::size_t n) noexcept {
+    for (std::size_t i = 0; i < n; ++i) {
+        const Quad p = (rest[i] / entry[i] + (offset[i] - 0.5f)) - 1.0f;
+        const Quad top = all<Quad>(limit[i]);
+        const Quad position = p > top ? top : larger(p, all<Quad>(1.0f));  // not a number: 1
+        index[i] = whole(position);
+        fraction[i] = position - floats(index[i]);
+    }
+}
+
+VESK_INLINE std::size_t ReadPlan::free_frames(std::size_t first, std::size_t n) const noexcept {
+    IntQuad nearest = index[first];
+    for (std::size_t i = first + 1; i < n; ++i) nearest = smaller(nearest, index[i]);
+    const std::int32_t least =
+        smaller(smaller(nearest[0], nearest[1]), smaller(nearest[2], nearest[3]));
+    return smaller(static_cast<std::size_t>(least), n - first);
 }
 
 // The four points around a position on a line, position - 1 first.
@@ -161,31 +267,37 @@ VESK_INLINE Pair DelaySection::wanted_delay() const noexcept {
     return wanted < 1.0f ? both(1.0f) : wanted;
 }
 
-VESK_INLINE Pair DelaySection::read_delay(Pair speed) noexcept {
-    const Pair rate = fast_exp2(speed);
-    return repitch ? read_tape(rate) : read_crossfade(rate);
+VESK_INLINE ReadPlan DelaySection::plan_reads(const Run& speed, std::size_t n) noexcept {
+    const Run rate = map_run(
+        n, [](Oct x) { return fast_exp2(x); }, speed);
+    ReadPlan plan;
+    const float whole_line = signed_float(delay_capacity - 3);
+    for (std::size_t i = 0; i < n; ++i)
+        plan.limit[i] =
+            delay_filled + i < delay_capacity ? signed_float(delay_filled + i - 3) : whole_line;
+    if (repitch)
+        plan_tape(rate, n, plan);
+    else
+        plan_crossfade(rate, n, plan);
+    plan.resolve(n);
+    return plan;
 }
 
-VESK_INLINE Pair DelaySection::read_tape(Pair rate) noexcept {
+VESK_INLINE void DelaySection::plan_tape(const Run& rate, std::size_t n, ReadPlan& plan) noexcept {
     const Pair wanted = wanted_delay();
     const Pair k = delay_smoothing_coefficient;
-    const Pair next = (1.0f - k) * smoothed_delay + wanted * k;
-    // Where rounding has stopped the smoother short of its goal it snaps onto it.
-    smoothed_delay = next == smoothed_delay ? wanted : next;
-
-    const Pair entries = (rate / smoothed_delay) * fixed_point_one;
-    tape_head.push(fixed_point(entries[0], largest_entry), fixed_point(entries[1], largest_entry));
-    const Location l = locate(tape_head.filled, tape_head.rate_left, tape_head.cursor_left, 1.0f);
-    const Location r = locate(tape_head.filled, tape_head.rate_right, tape_head.cursor_right, 1.0f);
-    const float limit = static_cast<float>(static_cast<std::int64_t>(delay_filled - 3));
-    const Pair position = line_position(Pair{l.rest, r.rest}, Pair{l.entry, r.entry},
-                                        Pair{l.offset, r.offset}, limit);
-    const IntPair i = whole(position);
-    const Pair t = position - floats(i);
-    const Quad left = points_at(delay_left, i[0]);
-    const Quad right = points_at(delay_right, i[1]);
-    return hermite_interpolate(Pair{left[0], right[0]}, Pair{left[1], right[1]},
-                               Pair{left[2], right[2]}, Pair{left[3], right[3]}, t);
+    Run glided;
+    for (std::size_t i = 0; i < n; ++i) {
+        const Pair next = (1.0f - k) * smoothed_delay + wanted * k;
+        // Where rounding has stopped the smoother short of its goal it snaps onto it.
+        smoothed_delay = next == smoothed_delay ? wanted : next;
+        glided[i] = smoothed_delay;
+    }
+    glided.finish(n);
+    const Run products = map_run(
+        n, [](Oct r, Oct d) { return (r / d) * fixed_point_one; }, rate, glided);
+    locate(tape_head, Entries(products, 0, n), Entries(products, 1, n), both(1.0f), 0, n, 0, plan);
+    plan.repeat_head(0, n);
 }
 
 VESK_INLINE void DelaySection::begin_crossfade() noexcept {
@@ -207,51 +319,78 @@ VESK_INLINE void DelaySection::begin_crossfade() noexcept {
     active_head = next_head;
 }
 
-VESK_INLINE Pair DelaySection::read_crossfade(Pair rate) noexcept {
-    if (crossfade_remaining == 0) [[unlikely]]
-        begin_crossfade();
-
-    const Pair entries = rate * fixed_point_one;
-    const std::int64_t entry_left = fixed_point(entries[0], largest_entry);
-    const std::int64_t entry_right = fixed_point(entries[1], largest_entry);
-    ReadHead& h0 = crossfade_heads[0];
-    ReadHead& h1 = crossfade_heads[1];
-    h1.push(entry_left, entry_right);
-    h0.push(entry_left, entry_right);
-    const Location l0 = locate(h0.filled, h0.rate_left, h0.cursor_left, head_delay[0][0]);
-    const Location r0 = locate(h0.filled, h0.rate_right, h0.cursor_right, head_delay[0][1]);
-    const Location l1 = locate(h1.filled, h1.rate_left, h1.cursor_left, head_delay[1][0]);
-    const Location r1 = locate(h1.filled, h1.rate_right, h1.cursor_right, head_delay[1][1]);
-    const float limit = static_cast<float>(static_cast<std::int64_t>(delay_filled - 3));
-    const Quad position = line_position(Quad{l0.rest, r0.rest, l1.rest, r1.rest},
-                                        Quad{l0.entry, r0.entry, l1.entry, r1.entry},
-                                        Quad{l0.offset, r0.offset, l1.offset, r1.offset}, limit);
-
-    const float x = crossfade_position;
-    if (crossfade_remaining != 0) {
-        // Computed back from the target, so that a fade ends on it exactly; serves the next sample.
-        --crossfade_remaining;
-        crossfade_position =
-            crossfade_target -
-            static_cast<float>(static_cast<std::int64_t>(crossfade_remaining)) * crossfade_step;
-    }
-
-    const IntQuad i = whole(position);
-    const Quad t = position - floats(i);
-    const Quad p0 = points_at(delay_left, i[0]);
-    const Quad p1 = points_at(delay_right, i[1]);
-    const Quad p2 = points_at(delay_left, i[2]);
-    const Quad p3 = points_at(delay_right, i[3]);
-    const Quad read =
-        hermite_interpolate(Quad{p0[0], p1[0], p2[0], p3[0]}, Quad{p0[1], p1[1], p2[1], p3[1]},
-                            Quad{p0[2], p1[2], p2[2], p3[2]}, Quad{p0[3], p1[3], p2[3], p3[3]}, t);
-    return high_half(read) * x + (1.0f - x) * low_half(read);
+VESK_INLINE bool DelaySection::heads_alike() const noexcept {
+    const auto& [h0, h1] = crossfade_heads;
+    return head_delay[0][0] == head_delay[1][0] && head_delay[0][1] == head_delay[1][1] &&
+           h0.cursor_left == h1.cursor_left && h0.cursor_right == h1.cursor_right;
 }
 
-VESK_INLINE void DelaySection::write_delay(Pair value) noexcept {
-    delay_left.push(value[0]);
-    delay_right.push(value[1]);
-    delay_filled = smaller(delay_filled + 1, delay_capacity);
+VESK_INLINE void DelaySection::plan_crossfade(const Run& rate, std::size_t n,
+                                              ReadPlan& plan) noexcept {
+    const Run products = map_run(
+        n, [](Oct r) { return r * fixed_point_one; }, rate);
+    const Entries left(products, 0, n);
+    const Entries right(products, 1, n);
+    for (std::size_t first = 0, end = 0; first < n; first = end) {
+        if (crossfade_remaining == 0) begin_crossfade();
+        // To the end of the fade or of the run: so long the spans stand.
+        end = crossfade_remaining == 0 ? first + 1 : smaller(n, first + crossfade_remaining);
+        const bool alike = heads_alike();
+        locate(crossfade_heads[0], left, right, head_delay[0], first, end, 0, plan);
+        if (alike) {
+            crossfade_heads[1].follow(crossfade_heads[0], left, right, first, end);
+            plan.repeat_head(first, end);
+        } else {
+            locate(crossfade_heads[1], left, right, head_delay[1], first, end, 2, plan);
+            plan.one_position = false;
+        }
+        for (std::size_t i = first; i < end; ++i) {
+            plan.weight[i] = crossfade_position;
+            if (crossfade_remaining == 0) break;
+            // Computed back from the target, so that a fade ends on it exactly; serves the next
+            // sample.
+            --crossfade_remaining;
+            crossfade_position =
+                crossfade_target - signed_float(crossfade_remaining) * crossfade_step;
+        }
+    }
+}
+
+VESK_INLINE Run DelaySection::read_delay(const ReadPlan& plan, std::size_t first,
+                                         std::size_t n) const noexcept {
+    Run out;
+    for (std::size_t i = 0; i < n; ++i) {
+        const IntQuad at = plan.index[first + i] - static_cast<std::int32_t>(i);
+        const Quad t = plan.fraction[first + i];
+        const Quad left = points_at(delay_left, at[0]);
+        const Quad right = points_at(delay_right, at[1]);
+        const float x = plan.weight[first + i];
+        if (plan.one_position) {
+            const Quad ab = __builtin_shufflevector(left, right, 0, 4, 1, 5);
+            const Quad cd = __builtin_shufflevector(left, right, 2, 6, 3, 7);
+            const Pair read = hermite_interpolate(low_half(ab), high_half(ab), low_half(cd),
+                                                  high_half(cd), low_half(t));
+            out[i] = repitch ? read : read * x + (1.0f - x) * read;
+        } else {
+            const Columns p =
+                columns(left, right, points_at(delay_left, at[2]), points_at(delay_right, at[3]));
+            const Quad read = hermite_interpolate(p.a, p.b, p.c, p.d, t);
+            out[i] = high_half(read) * x + (1.0f - x) * low_half(read);
+        }
+    }
+    out.finish(n);
+    return out;
+}
+
+VESK_INLINE void DelaySection::write_delay(const Run& value, std::size_t n) noexcept {
+    float left[longest_run], right[longest_run];
+    for (std::size_t i = 0; i < n; ++i) {
+        left[i] = value[i][0];
+        right[i] = value[i][1];
+    }
+    delay_left.push(left, n);
+    delay_right.push(right, n);
+    delay_filled = smaller(delay_filled + n, delay_capacity);
 }
 
 }  // namespace orvane::blocks::vesk

@@ -2,8 +2,11 @@
 // lines, a ducker on what leaves them.
 #pragma once
 
+#include <cstddef>
+
 #include "engine/fast_math.h"
 #include "engine/lanes.h"
+#include "engine/run.h"
 
 namespace orvane::blocks::vesk {
 
@@ -26,8 +29,11 @@ struct Gate {
     void set_gate_release(float seconds);
     void reset_gate() noexcept;
 
-    // The gain for this sample's signal, from the raw input.
-    VESK_INLINE float step_gate(Pair input) noexcept;
+    // The gain for each frame of a signal, from the raw input; both lanes alike.
+    VESK_INLINE Run gate_gains(const Run& input, std::size_t n) noexcept;
+    VESK_INLINE float step_gate(Pair input) noexcept {
+        return gate_gains(run_of_one(input), 1)[0][0];
+    }
 };
 
 // Lowers the wet signal while the input plays: a downward compressor whose gain change is
@@ -47,31 +53,59 @@ struct Ducker {
     void set_release(float seconds);
     void reset() noexcept { reduction_db = Pair{}; }
 
-    VESK_INLINE Pair process(Pair wet, Pair detector) noexcept;
+    VESK_INLINE Run process(const Run& wet, const Run& detector, std::size_t n) noexcept;
+    VESK_INLINE Pair process(Pair wet, Pair detector) noexcept {
+        return process(run_of_one(wet), run_of_one(detector), 1)[0];
+    }
 };
 
-VESK_INLINE float Gate::step_gate(Pair input) noexcept {
-    const Pair size = magnitude(input);
-    const float peak = larger(size[1], size[0]);
-    gate_envelope = larger((1.0f - gate_peak_coefficient) * gate_envelope, peak);
-    gate_open =
-        (gate_open || gate_envelope > gate_open_threshold) && gate_envelope > gate_close_threshold;
-    const float c = gate_open ? gate_attack_coefficient : gate_release_coefficient;
-    const float goal = gate_open ? 1.0f : 0.0f;
-    gate_gain = goal * c + (1.0f - c) * gate_gain;
-    return gate_gain;
+VESK_INLINE Run Gate::gate_gains(const Run& input, std::size_t n) noexcept {
+    const Run peak = map_run(
+        n,
+        [](Oct x) {
+            const Oct size = magnitude(x);
+            return larger(rights(size), lefts(size));
+        },
+        input);
+    Run gains;
+    for (std::size_t i = 0; i < n; ++i) {
+        gate_envelope = larger((1.0f - gate_peak_coefficient) * gate_envelope, peak[i][0]);
+        gate_open = (gate_open || gate_envelope > gate_open_threshold) &&
+                    gate_envelope > gate_close_threshold;
+        const float c = gate_open ? gate_attack_coefficient : gate_release_coefficient;
+        const float goal = gate_open ? 1.0f : 0.0f;
+        gate_gain = goal * c + (1.0f - c) * gate_gain;
+        gains[i] = both(gate_gain);
+    }
+    gains.finish(n);
+    return gains;
 }
 
-VESK_INLINE Pair Ducker::process(Pair wet, Pair detector) noexcept {
+VESK_INLINE Run Ducker::process(const Run& wet, const Run& detector, std::size_t n) noexcept {
     constexpr float detector_floor = 1e-6f;  // keeps the logarithm's argument positive
-    const Pair size = magnitude(detector);
-    const Pair level = size < detector_floor ? both(detector_floor) : size;
-    const Pair over = fast_gain_to_db(level) - threshold_db;
-    const Pair target = (slope - 1.0f) * (over >= 0.0f ? over : Pair{});
-    // At equality it is the release.
-    const Pair c = target >= reduction_db ? release_coefficient : attack_coefficient;
-    reduction_db = (1.0f - c) * reduction_db + target * c;
-    return fast_db_to_gain(reduction_db) * makeup_gain * wet;
+    const Run target = map_run(
+        n,
+        [this](Oct d) {
+            const Oct size = magnitude(d);
+            const Oct level = size < detector_floor ? all<Oct>(detector_floor) : size;
+            const Oct over = fast_gain_to_db(level) - pairs(threshold_db);
+            return (pairs(slope) - 1.0f) * (over >= 0.0f ? over : Oct{});
+        },
+        detector);
+    Run reduction;
+    for (std::size_t i = 0; i < n; ++i) {
+        // At equality it is the release.
+        const Pair back =
+            (1.0f - release_coefficient) * reduction_db + target[i] * release_coefficient;
+        const Pair down =
+            (1.0f - attack_coefficient) * reduction_db + target[i] * attack_coefficient;
+        reduction_db = target[i] >= reduction_db ? back : down;
+        reduction[i] = reduction_db;
+    }
+    reduction.finish(n);
+    return map_run(
+        n, [this](Oct r, Oct w) { return fast_db_to_gain(r) * pairs(makeup_gain) * w; }, reduction,
+        wet);
 }
 
 }  // namespace orvane::blocks::vesk

@@ -1,8 +1,8 @@
 // The lane types: a Frame in memory, and the vectors of floats that its arithmetic runs in.
 //
-// Pair and Quad are compiler vectors, so + - * / and comparisons act lane by lane, each lane with
-// the bits of the scalar operation, and x[0] reads a lane. A formula over a lane type T is written
-// once and serves float, Pair and Quad.
+// Pair, Quad and Oct are compiler vectors, so + - * / and comparisons act lane by lane, each lane
+// with the bits of the scalar operation, and x[0] reads a lane. A formula over a lane type T is
+// written once and serves float and all of them.
 #pragma once
 
 #include <cstdint>
@@ -19,10 +19,12 @@ struct Frame {
     float right = 0.0f;
 };
 
-using Pair = float [[gnu::vector_size(8)]];   // left, right
-using Quad = float [[gnu::vector_size(16)]];  // two pairs
-using IntPair = std::int32_t [[gnu::vector_size(8)]];
-using IntQuad = std::int32_t [[gnu::vector_size(16)]];
+typedef float Pair __attribute__((vector_size(8)));   // left, right
+typedef float Quad __attribute__((vector_size(16)));  // two pairs
+typedef float Oct __attribute__((vector_size(32)));   // four pairs
+typedef std::int32_t IntPair __attribute__((vector_size(8)));
+typedef std::int32_t IntQuad __attribute__((vector_size(16)));
+typedef std::int32_t IntOct __attribute__((vector_size(32)));
 
 // The integers of a lane type's width.
 template <class T>
@@ -39,6 +41,10 @@ template <>
 struct IntegersOf<Quad> {
     using type = IntQuad;
 };
+template <>
+struct IntegersOf<Oct> {
+    using type = IntOct;
+};
 template <class T>
 using Integers = typename IntegersOf<T>::type;
 
@@ -48,17 +54,70 @@ VESK_INLINE Pair lanes(Frame x) noexcept {
 VESK_INLINE Frame frame(Pair x) noexcept {
     return __builtin_bit_cast(Frame, x);
 }
-VESK_INLINE Quad quad(Pair low, Pair high) noexcept {
-    return __builtin_shufflevector(low, high, 0, 1, 2, 3);
-}
 VESK_INLINE Pair low_half(Quad x) noexcept {
     return __builtin_shufflevector(x, x, 0, 1);
 }
 VESK_INLINE Pair high_half(Quad x) noexcept {
     return __builtin_shufflevector(x, x, 2, 3);
 }
+VESK_INLINE Quad quad(Pair low, Pair high) noexcept {
+    return __builtin_shufflevector(low, high, 0, 1, 2, 3);
+}
+
+VESK_INLINE Quad first_half(Oct x) noexcept {
+    return __builtin_shufflevector(x, x, 0, 1, 2, 3);
+}
+VESK_INLINE Quad second_half(Oct x) noexcept {
+    return __builtin_shufflevector(x, x, 4, 5, 6, 7);
+}
+VESK_INLINE Oct joined(Quad low, Quad high) noexcept {
+    return __builtin_shufflevector(low, high, 0, 1, 2, 3, 4, 5, 6, 7);
+}
+
+// Of each pair: (right, left), (left, left), (right, right).
 VESK_INLINE Pair swapped(Pair x) noexcept {
     return __builtin_shufflevector(x, x, 1, 0);
+}
+VESK_INLINE Oct swapped(Oct x) noexcept {
+    return __builtin_shufflevector(x, x, 1, 0, 3, 2, 5, 4, 7, 6);
+}
+VESK_INLINE Oct lefts(Oct x) noexcept {
+    return __builtin_shufflevector(x, x, 0, 0, 2, 2, 4, 4, 6, 6);
+}
+VESK_INLINE Oct rights(Oct x) noexcept {
+    return __builtin_shufflevector(x, x, 1, 1, 3, 3, 5, 5, 7, 7);
+}
+// Four left and four right values as four pairs, and back.
+VESK_INLINE Oct interleaved(Quad left, Quad right) noexcept {
+    return __builtin_shufflevector(left, right, 0, 4, 1, 5, 2, 6, 3, 7);
+}
+VESK_INLINE Quad even_lanes(Oct x) noexcept {
+    return __builtin_shufflevector(x, x, 0, 2, 4, 6);
+}
+VESK_INLINE Quad odd_lanes(Oct x) noexcept {
+    return __builtin_shufflevector(x, x, 1, 3, 5, 7);
+}
+// x in every pair.
+VESK_INLINE Oct pairs(Pair x) noexcept {
+    return __builtin_shufflevector(x, x, 0, 1, 0, 1, 0, 1, 0, 1);
+}
+VESK_INLINE Oct pairs(float left, float right) noexcept {
+    return Oct{left, right, left, right, left, right, left, right};
+}
+
+// Four vectors of four turned: the first lanes, the second ones and so on.
+struct Columns {
+    Quad a, b, c, d;
+};
+VESK_INLINE Columns columns(Quad p, Quad q, Quad r, Quad s) noexcept {
+    const Quad pq = __builtin_shufflevector(p, q, 0, 4, 1, 5);
+    const Quad rs = __builtin_shufflevector(r, s, 0, 4, 1, 5);
+    const Quad pq_high = __builtin_shufflevector(p, q, 2, 6, 3, 7);
+    const Quad rs_high = __builtin_shufflevector(r, s, 2, 6, 3, 7);
+    return {__builtin_shufflevector(pq, rs, 0, 1, 4, 5),
+            __builtin_shufflevector(pq, rs, 2, 3, 6, 7),
+            __builtin_shufflevector(pq_high, rs_high, 0, 1, 4, 5),
+            __builtin_shufflevector(pq_high, rs_high, 2, 3, 6, 7)};
 }
 
 // x in every lane.
@@ -77,6 +136,10 @@ VESK_INLINE constexpr Pair all<Pair>(float x) noexcept {
 template <>
 VESK_INLINE constexpr Quad all<Quad>(float x) noexcept {
     return Quad{x, x, x, x};
+}
+template <>
+VESK_INLINE constexpr Oct all<Oct>(float x) noexcept {
+    return Oct{x, x, x, x, x, x, x, x};
 }
 VESK_INLINE constexpr Pair both(float x) noexcept {
     return Pair{x, x};
@@ -102,6 +165,9 @@ VESK_INLINE IntPair whole(Pair x) noexcept {
 VESK_INLINE IntQuad whole(Quad x) noexcept {
     return __builtin_convertvector(x, IntQuad);
 }
+VESK_INLINE IntOct whole(Oct x) noexcept {
+    return __builtin_convertvector(x, IntOct);
+}
 VESK_INLINE constexpr float floats(std::int32_t x) noexcept {
     return static_cast<float>(x);
 }
@@ -110,6 +176,9 @@ VESK_INLINE Pair floats(IntPair x) noexcept {
 }
 VESK_INLINE Quad floats(IntQuad x) noexcept {
     return __builtin_convertvector(x, Quad);
+}
+VESK_INLINE Oct floats(IntOct x) noexcept {
+    return __builtin_convertvector(x, Oct);
 }
 
 template <class T>

@@ -3,11 +3,13 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 
 #include "engine/fast_math.h"
 #include "engine/lanes.h"
 #include "engine/modes.h"
+#include "engine/run.h"
 
 namespace orvane::blocks::vesk {
 
@@ -36,13 +38,14 @@ struct Modulator {
     void set_phase_offset(float degrees);
     void reset() noexcept;  // random_state goes on
 
-    // One sample; detector is what the envelope follows.
-    VESK_INLINE Pair process(Pair detector) noexcept;
+    // detector is what the envelope follows.
+    VESK_INLINE Run process(const Run& detector, std::size_t n) noexcept;
+    VESK_INLINE Pair process(Pair detector) noexcept { return process(run_of_one(detector), 1)[0]; }
     VESK_INLINE float next_random() noexcept;  // -1 up to 1
 
 private:
-    VESK_INLINE Pair oscillate(Pair phases) noexcept;
-    VESK_INLINE Pair oscillate_at_random(float left_phase) noexcept;
+    VESK_INLINE Run oscillate(const Run& phases, std::size_t n) noexcept;
+    VESK_INLINE Run oscillate_at_random(const Run& phases, std::size_t n) noexcept;
 };
 
 VESK_INLINE float phase_after(float phase, float step) noexcept {
@@ -60,54 +63,81 @@ VESK_INLINE float Modulator::next_random() noexcept {
     return __builtin_bit_cast(float, (s1 >> 9) | 0x40000000U) - 3.0f;
 }
 
-VESK_INLINE Pair Modulator::oscillate_at_random(float left_phase) noexcept {
-    if (left_phase < last_phase[0]) {  // wrapped since the last sample
-        const float left = next_random();
-        random_value = Pair{left, next_random()};
-    }
+VESK_INLINE Run Modulator::oscillate_at_random(const Run& phases, std::size_t n) noexcept {
     // The right channel equals the left one at 0 degrees, is a second value at 90 and the left one
     // negated at 180.
-    const float held = random_value[0];
     const float w = magnitude(phase_offset - 0.25f) * 4.0f;
-    const float c = phase_offset > 0.25f ? -held : held;
-    return Pair{held, (1.0f - w) * random_value[1] + w * c};
+    Run swing;
+    float last = last_phase[0];
+    for (std::size_t i = 0; i < n; ++i) {
+        const float p = phases[i][0];
+        if (p < last) {  // wrapped since the last sample
+            const float left = next_random();
+            random_value = Pair{left, next_random()};
+        }
+        last = p;
+        const float held = random_value[0];
+        const float c = phase_offset > 0.25f ? -held : held;
+        swing[i] = Pair{held, (1.0f - w) * random_value[1] + w * c};
+    }
+    swing.finish(n);
+    return swing;
 }
 
-VESK_INLINE Pair Modulator::oscillate(Pair f) noexcept {
-    const auto saw_up = [](Pair p) { return p < 0.5f ? 2.0f * p : 2.0f * (p - 1.0f); };
+VESK_INLINE Run Modulator::oscillate(const Run& phases, std::size_t n) noexcept {
+    const auto shape = [&](auto formula) { return map_run(n, formula, phases); };
+    const auto saw_up = [](Oct f) { return f < 0.5f ? 2.0f * f : 2.0f * (f - 1.0f); };
     switch (waveform) {
         case waveform_mode::sine:
-            return fast_sine_cycle(f);
+            return shape([](Oct f) { return fast_sine_cycle(f); });
         case waveform_mode::triangle:
-            return triangle_of_phase(f);
+            return shape([](Oct f) { return triangle_of_phase(f); });
         case waveform_mode::saw_up:
-            return saw_up(f);
+            return shape(saw_up);
         case waveform_mode::saw_down:
-            return -saw_up(f);
+            return shape([&](Oct f) { return -saw_up(f); });
         case waveform_mode::square:
-            return f < 0.5f ? both(1.0f) : both(-1.0f);
+            return shape([](Oct f) { return f < 0.5f ? all<Oct>(1.0f) : all<Oct>(-1.0f); });
         case waveform_mode::random:
-            return oscillate_at_random(f[0]);
+            return oscillate_at_random(phases, n);
     }
-    return Pair{};
+    return {};
 }
 
-VESK_INLINE Pair Modulator::process(Pair detector) noexcept {
-    const float p = phase;
-    phase = phase_after(p, phase_increment);
-    const Pair phases{p, phase_after(p, phase_offset)};
-    const Pair swing = oscillate(phases);
-    last_phase = phases;
-
-    const Pair level = magnitude(detector);
-    const Pair k =
-        level > envelope ? both(envelope_attack_coefficient) : both(envelope_release_coefficient);
-    envelope = (1.0f - k) * envelope + k * level;
+VESK_INLINE Run Modulator::process(const Run& detector, std::size_t n) noexcept {
+    const Run level = map_run(
+        n, [](Oct e) { return magnitude(e); }, detector);
+    Run phases;
+    Run followed;
+    const Pair attack = both(envelope_attack_coefficient);
+    const Pair release = both(envelope_release_coefficient);
+    for (std::size_t i = 0; i < n; ++i) {
+        phases[i] = Pair{phase, phase_after(phase, phase_offset)};
+        phase = phase_after(phase, phase_increment);
+        const Pair up = (1.0f - attack) * envelope + attack * level[i];
+        const Pair down = (1.0f - release) * envelope + release * level[i];
+        envelope = level[i] > envelope ? up : down;
+        followed[i] = envelope;
+    }
+    phases.finish(n);
+    followed.finish(n);
+    const Run swing = oscillate(phases, n);
+    last_phase = phases[n - 1];
 
     constexpr float swings_per_level = 10.0f;
-    const Pair value = envelope * swings_per_level * envelope_mix + (1.0f - envelope_mix) * swing;
-    smoothed = value * smoothing_coefficient + (1.0f - smoothing_coefficient) * smoothed;
-    return smoothed;
+    const Run value = map_run(
+        n,
+        [&](Oct f, Oct s) {
+            return f * swings_per_level * envelope_mix + (1.0f - envelope_mix) * s;
+        },
+        followed, swing);
+    Run out;
+    for (std::size_t i = 0; i < n; ++i) {
+        smoothed = value[i] * smoothing_coefficient + (1.0f - smoothing_coefficient) * smoothed;
+        out[i] = smoothed;
+    }
+    out.finish(n);
+    return out;
 }
 
 }  // namespace orvane::blocks::vesk

@@ -13,6 +13,7 @@
 #include "engine/circular_buffer.h"
 #include "engine/fast_math.h"
 #include "engine/lanes.h"
+#include "engine/run.h"
 
 namespace orvane::blocks::vesk {
 
@@ -77,9 +78,13 @@ struct Reverb {
     void redesign_damping();
     void clear() noexcept;  // contents and states; coefficients and decay stay
 
-    VESK_INLINE Sums process(Pair x) noexcept;
+    // Of each frame, (sum a of the left lane, sum b of the right one): what the engine hears.
+    VESK_INLINE Run process(const Run& x, std::size_t n) noexcept;
+    VESK_INLINE Sums process(Pair x) noexcept { return step_tank(step_input(x)); }
 
 private:
+    VESK_INLINE Pair step_input(Pair x) noexcept;  // to the tank's input
+    VESK_INLINE Sums step_tank(Pair y) noexcept;
     VESK_INLINE Sums sum_taps() const noexcept;
 };
 
@@ -131,11 +136,31 @@ VESK_INLINE Reverb::Sums Reverb::sum_taps() const noexcept {
     return {tap_gain * a, tap_gain * b};
 }
 
-VESK_INLINE Reverb::Sums Reverb::process(Pair x) noexcept {
+VESK_INLINE Pair Reverb::step_input(Pair x) noexcept {
     predelay.push(x);
     Pair y = bandwidth_filter.process(predelay.at(predelay_samples), bandwidth_state);
     for (AllPass& diffuser : diffusers) y = diffuser.process(y);
+    return y;
+}
 
+// The stages in front of the tank feed forward only, so each takes the whole run in turn.
+VESK_INLINE Run Reverb::process(const Run& x, std::size_t n) noexcept {
+    Run y;
+    for (std::size_t i = 0; i < n; ++i) {
+        predelay.push(x[i]);
+        y[i] = bandwidth_filter.process(predelay.at(predelay_samples), bandwidth_state);
+    }
+    for (AllPass& diffuser : diffusers)
+        for (std::size_t i = 0; i < n; ++i) y[i] = diffuser.process(y[i]);
+    for (std::size_t i = 0; i < n; ++i) {
+        const Sums sums = step_tank(y[i]);
+        y[i] = Pair{sums.a[0], sums.b[1]};
+    }
+    y.finish(n);
+    return y;
+}
+
+VESK_INLINE Reverb::Sums Reverb::step_tank(Pair y) noexcept {
     // Each half takes the other's end, read before anything is pushed.
     const Pair t1 = y + decay * tank_delay_out[0].oldest();
     const Pair t0 = y + decay * tank_delay_out[1].oldest();

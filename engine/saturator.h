@@ -16,10 +16,11 @@ static_assert(saturator_drive * saturator_gain > 0.999999f);
 constexpr float saturator_rest = fast_tanh(fast_tanh(saturator_bias));
 
 // Never louder than the input, and exactly 0 for 0. The lanes are independent.
-VESK_INLINE Pair saturate(Pair x) noexcept {
-    const Pair curve = fast_tanh(fast_tanh(x * saturator_drive + saturator_bias));
-    const Pair v = (curve - saturator_rest) * saturator_gain;
-    const Pair bound = magnitude(x);
+template <class T>
+VESK_INLINE T saturate(T x) noexcept {
+    const T curve = fast_tanh(fast_tanh<T>(x * saturator_drive + saturator_bias));
+    const T v = (curve - saturator_rest) * saturator_gain;
+    const T bound = magnitude(x);
     return bound < v ? bound : larger(-bound, v);
 }
 

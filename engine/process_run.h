@@ -1,0 +1,174 @@
+// The order of the stages: what the frames of a run pass on their way through the engine.
+//
+// For the files that are compiled for one processor each (process_portable, process_fma); others
+// call Vesk::process.
+#pragma once
+
+#include "engine/lanes.h"
+#include "engine/run.h"
+#include "engine/saturator.h"
+#include "engine/vesk.h"
+
+namespace orvane::blocks::vesk {
+
+// Sends x to the reverb with its side signal reduced. Its left output is tap sum A of the left
+// lane, its right output tap sum B of the right one.
+VESK_INLINE Run reverb_send(Vesk& engine, const Run& x, std::size_t n) noexcept {
+    constexpr float side_gain = 0.35355338f;  // 1 / (2 * sqrt(2))
+    const Run sent = map_run(
+        n, [](Oct a) { return sum_and_difference(sum_and_difference(a) * pairs(0.5f, side_gain)); },
+        x);
+    const Run sums = engine.reverb.process(sent, n);
+    return map_run(
+        n, [&](Oct q) { return q * engine.reverb_amount; }, sums);
+}
+
+// A bank's next n values, each in both channels.
+template <class Bank>
+VESK_INLINE Run next_values(Bank& bank, float amount, std::size_t n) noexcept {
+    Run values;
+    for (std::size_t i = 0; i < n; ++i) values[i] = both(bank.next() * amount);
+    values.finish(n);
+    return values;
+}
+
+// Octaves, from the raw input. In mid/side mode the modulator follows mid and side.
+VESK_INLINE Run read_speed(Vesk& engine, const Run& x, std::size_t n) noexcept {
+    const bool mid_side = engine.channel_mode == kv7::orv::vesk::channel_mode::midside;
+    const Run detector = mid_side ? map_run(
+                                        n, [](Oct a) { return sum_and_difference(a) * 0.5f; }, x)
+                                  : x;
+    const Run m = engine.modulator.process(detector, n);
+    constexpr float deepening = 3.0f;  // the label says four
+    const float depth = engine.mod_delay * (engine.mod_mult ? deepening : 1.0f);
+    if (!engine.wobble_on)
+        return map_run(
+            n, [&](Oct a) { return a * depth + 0.0f; }, m);
+    const Run w = next_values(engine.wobble_bank, engine.wobble_amount, n);
+    return map_run(
+        n, [&](Oct a, Oct b) { return a * depth + b; }, m, w);
+}
+
+// The input with its noise, gated by the raw input.
+VESK_INLINE Run played_signal(Vesk& engine, const Run& x, std::size_t n) noexcept {
+    Run g;
+    if (engine.noise_on) {
+        const Run noise = next_values(engine.noise_bank, engine.noise_amount, n);
+        g = map_run(
+            n, [&](Oct a, Oct b) { return a * engine.input_gain + b; }, x, noise);
+    } else {
+        g = map_run(
+            n, [&](Oct a) { return a * engine.input_gain + 0.0f; }, x);
+    }
+    if (!engine.gate_on) return g;
+    return map_run(
+        n, [](Oct a, Oct gain) { return a * gain; }, g, engine.gate_gains(x, n));
+}
+
+VESK_INLINE Run sum_of(const Run& a, const Run& b, std::size_t n) noexcept {
+    return map_run(
+        n, [](Oct p, Oct q) { return p + q; }, a, b);
+}
+
+// What enters the lines: the played signal and what is fed back of s and of the reverb's r.
+VESK_INLINE Run line_input(const Vesk& engine, const Run& played, const Run& s, const Run& r,
+                           std::size_t n) noexcept {
+    using kv7::orv::vesk::channel_mode;
+    const bool mid_side = engine.channel_mode == channel_mode::midside;
+    const bool pingpong = engine.channel_mode == channel_mode::pingpong;
+    constexpr float sum_gain = 0.70710677f;  // 1 / sqrt(2)
+    const float once = engine.feedback;
+    const auto input = [=](Oct i) {
+        return pingpong ? left_only((lefts(i) + rights(i)) * sum_gain) : i;
+    };
+    // In ping-pong a full journey through both lines costs the square.
+    const auto fed_back = [=](Oct f) {
+        return pingpong ? swapped(f) * pairs(once * once, 1.0f) : f * once;
+    };
+    return map_run(
+        n,
+        [&](Oct i, Oct a, Oct b) {
+            // b holds reverb_amount already: the reverb enters the loop at its square.
+            const Oct f = fed_back(a + engine.reverb_amount * b);
+            const Oct sum = engine.feedback_invert ? input(i) - f : input(i) + f;
+            return mid_side ? sum_and_difference(sum) * 0.5f : sum;
+        },
+        played, s, r);
+}
+
+// The wet signal behind width and ducker, mixed with the dry one.
+VESK_INLINE Run mixed(Vesk& engine, const Run& x, const Run& wet, std::size_t n) noexcept {
+    const float width = engine.width;
+    Run o = map_run(
+        n,
+        [=](Oct v) {
+            const Oct mid = (lefts(v) + rights(v)) * 0.5f;
+            const Oct side = (lefts(v) - rights(v)) * width * 0.5f;
+            return mid + side * pairs(1.0f, -1.0f);
+        },
+        wet);
+    if (engine.duck_on) {
+        const auto louder = [](Oct a) { return larger(magnitude(a), swapped(magnitude(a))); };
+        o = engine.ducker.process(o, map_run(n, louder, x), n);
+    }
+    const float wet_level = engine.output_gain * engine.wet_gain;
+    const bool clipped = engine.clip_dry;
+    return map_run(
+        n,
+        [&](Oct a, Oct b) {
+            const Oct y = clipped ? saturate(b * engine.input_gain) * engine.output_gain : b;
+            return wet_level * a + engine.dry_gain * y;
+        },
+        o, x);
+}
+
+// n frames whose reads all lie before their own writes, from frame first of the plan on.
+VESK_INLINE Run process_planned(Vesk& engine, const Run& x, const ReadPlan& plan, std::size_t first,
+                                std::size_t n) noexcept {
+    using kv7::orv::vesk::location_mode;
+    const bool mid_side = engine.channel_mode == kv7::orv::vesk::channel_mode::midside;
+    const bool reverb_on = engine.reverb_amount != 0.0f;
+    const location_mode location = engine.reverb_location;
+
+    const Run delayed = engine.read_delay(plan, first, n);
+    const Run s = map_run(
+        n,
+        [=](Oct d) {
+            // Unity: the halves are in the encoding.
+            return saturate(mid_side ? sum_and_difference(d) : d);
+        },
+        delayed);
+    Run r{};
+    if (reverb_on && location == location_mode::feedback) r = reverb_send(engine, s, n);
+
+    Run played = played_signal(engine, x, n);
+    if (reverb_on && location == location_mode::pre)
+        played = sum_of(played, reverb_send(engine, played, n), n);
+    engine.write_delay(line_input(engine, played, s, r, n), n);
+
+    Run wet = sum_of(r, s, n);
+    if (reverb_on && location == location_mode::post)
+        wet = sum_of(wet, reverb_send(engine, wet, n), n);
+    return mixed(engine, x, wet, n);
+}
+
+// A run of n frames, 1 to longest_run. The read speed depends on the input alone and is decided for
+// all of them; the audio follows in as many pieces as the shortest delay asks for.
+VESK_INLINE Run process_run(Vesk& engine, const Run& x, std::size_t n) noexcept {
+    const ReadPlan plan = engine.plan_reads(read_speed(engine, x, n), n);
+    std::size_t piece = plan.free_frames(0, n);
+    if (piece == n) [[likely]]
+        return process_planned(engine, x, plan, 0, n);
+    Run out;
+    for (std::size_t first = 0; first < n; first += piece) {
+        piece = plan.free_frames(first, n);
+        Run in;
+        for (std::size_t i = 0; i < piece; ++i) in[i] = x[first + i];
+        in.finish(piece);
+        const Run y = process_planned(engine, in, plan, first, piece);
+        for (std::size_t i = 0; i < piece; ++i) out[first + i] = y[i];
+    }
+    return out;
+}
+
+}  // namespace orvane::blocks::vesk

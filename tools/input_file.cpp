@@ -1,0 +1,92 @@
+#include "tools/input_file.h"
+
+#include <unistd.h>
+
+#include <array>
+#include <cmath>
+#include <cstddef>
+#include <filesystem>
+#include <sstream>
+#include <string>
+
+#include "tools/failure.h"
+
+namespace program {
+
+namespace {
+
+constexpr int lowest_rate = 8000;  // Hz
+constexpr int highest_rate = 384000;
+constexpr int most_channels = 2;
+
+// Writers of streams don't know the length and leave one near the largest there is.
+constexpr std::int64_t unknown_length = 0x07FFFFF0;  // frames; 2 GiB of the widest frame
+
+// The reader shortens a length that goes past the end of the file, and says so only in its log,
+// e.g. `data : 8000 (should be 3913)`.
+bool log_tells_of_missing_data(SNDFILE* file) {
+    std::array<char, 16384> log{};
+    sf_command(file, SFC_GET_LOG_INFO, log.data(), static_cast<int>(log.size() - 1));
+    std::istringstream lines(log.data());
+    for (std::string line; std::getline(lines, line);) {
+        const std::size_t word = line.find_first_not_of(' ');
+        if (word == std::string::npos || line.find("(should be ") == std::string::npos) continue;
+        for (const char* chunk : {"data", "Data", "SSND"})
+            if (line.compare(word, 4, chunk) == 0) return true;
+    }
+    return false;
+}
+
+}  // namespace
+
+input_file::input_file(const std::string& name)
+    : shown_name_(name == "-" ? "standard input" : name) {
+    std::error_code unknown;
+    if (name != "-") {
+        const std::filesystem::file_status status = std::filesystem::status(name, unknown);
+        if (!std::filesystem::exists(status)) throw failure(name + ": no such file");
+        if (std::filesystem::is_directory(status))
+            throw failure(name + ": is a folder, expected a sound file");
+        file_.reset(sf_open(name.c_str(), SFM_READ, &info_));
+    } else {
+        file_.reset(sf_open_fd(STDIN_FILENO, SFM_READ, &info_, SF_FALSE));
+    }
+    if (file_ == nullptr) {
+        const bool stream = name == "-" && lseek(STDIN_FILENO, 0, SEEK_CUR) < 0;
+        throw failure(shown_name_ + ": " +
+                      (stream ? "can't be read as a stream of sound, which WAV and AU allow and "
+                                "FLAC does not: "
+                              : "is no sound file that can be read: ") +
+                      sf_strerror(nullptr));
+    }
+    if (info_.channels > most_channels)
+        throw failure(shown_name_ + ": " + std::to_string(info_.channels) +
+                      " channels, expected 1 or 2");
+    if (info_.samplerate < lowest_rate || info_.samplerate > highest_rate)
+        throw failure(shown_name_ + ": " + std::to_string(info_.samplerate) +
+                      " Hz, expected 8000 to 384000");
+}
+
+std::optional<std::int64_t> input_file::promised() const {
+    const std::int64_t longest = info_.seekable ? SF_COUNT_MAX : unknown_length;
+    if (info_.frames < 0 || info_.frames >= longest) return std::nullopt;
+    return info_.frames;
+}
+
+std::int64_t input_file::read(float* interleaved, std::int64_t frames) {
+    const std::int64_t got = sf_readf_float(file_.get(), interleaved, frames);
+    for (std::int64_t i = 0; i < got * info_.channels; ++i)
+        if (!std::isfinite(interleaved[i])) {
+            interleaved[i] = 0;
+            ++not_finite_;
+        }
+    frames_read_ += got;
+    return got;
+}
+
+bool input_file::cut_short() const {
+    const std::optional<std::int64_t> expected = promised();
+    return (expected && frames_read_ < *expected) || log_tells_of_missing_data(file_.get());
+}
+
+}  // namespace program

@@ -1,0 +1,42 @@
+// A sound file or a stream of one, read from front to back as 32-bit floats.
+#pragma once
+
+#include <sndfile.h>
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace program {
+
+struct sound_file_closer {
+    void operator()(SNDFILE* file) const noexcept { sf_close(file); }
+};
+using sound_file = std::unique_ptr<SNDFILE, sound_file_closer>;
+
+class input_file {
+public:
+    explicit input_file(const std::string& name);  // "-" is the standard input; throws failure
+
+    int rate() const { return info_.samplerate; }    // Hz
+    int channels() const { return info_.channels; }  // 1 or 2
+    std::optional<std::int64_t> promised() const;    // frames by the header, if it tells
+    const std::string& shown_name() const { return shown_name_; }
+
+    // Fewer frames than wanted only at the end. What is not finite becomes 0 and is counted.
+    std::int64_t read(float* interleaved, std::int64_t frames);
+
+    std::int64_t frames_read() const { return frames_read_; }
+    std::int64_t not_finite() const { return not_finite_; }  // samples so far
+    bool cut_short() const;  // at the end: the file holds less than its header promises
+
+private:
+    std::string shown_name_;
+    SF_INFO info_{};
+    sound_file file_;
+    std::int64_t frames_read_ = 0;
+    std::int64_t not_finite_ = 0;
+};
+
+}  // namespace program

@@ -1,0 +1,148 @@
+#include "tools/output_file.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <cmath>
+#include <filesystem>
+#include <utility>
+
+#include "tools/failure.h"
+
+namespace program {
+
+namespace {
+
+constexpr int channels = 2;
+
+struct suffix_format {
+    const char* suffix;
+    int code;
+    const char* usual_subtype;
+    bool has_float;
+    bool has_4_gib_limit;
+    bool holds_no_frames;
+};
+
+constexpr std::array suffix_formats{
+    suffix_format{".wav", SF_FORMAT_WAV, "float", true, true, true},
+    suffix_format{".w64", SF_FORMAT_W64, "float", true, false, true},
+    suffix_format{".flac", SF_FORMAT_FLAC, "24", false, false, false},
+};
+
+struct sample_format {
+    const char* name;
+    int code;
+    int bytes;
+};
+
+constexpr std::array sample_formats{
+    sample_format{"float", SF_FORMAT_FLOAT, 4},
+    sample_format{"24", SF_FORMAT_PCM_24, 3},
+    sample_format{"16", SF_FORMAT_PCM_16, 2},
+};
+
+unfinished_file& bytes_of(void* user) {
+    return *static_cast<unfinished_file*>(user);
+}
+
+// Our own file below the library, since a write of its own that fails at the end stays untold.
+SF_VIRTUAL_IO file_calls() {
+    SF_VIRTUAL_IO calls{};
+    calls.get_filelen = [](void* user) -> sf_count_t { return bytes_of(user).size(); };
+    calls.seek = [](sf_count_t offset, int whence, void* user) -> sf_count_t {
+        return bytes_of(user).seek(offset, whence);
+    };
+    calls.read = [](void* to, sf_count_t count, void* user) -> sf_count_t {
+        return bytes_of(user).read(to, count);
+    };
+    calls.write = [](const void* from, sf_count_t count, void* user) -> sf_count_t {
+        return bytes_of(user).write(from, count);
+    };
+    calls.tell = [](void* user) -> sf_count_t { return bytes_of(user).seek(0, SEEK_CUR); };
+    return calls;
+}
+
+}  // namespace
+
+output_format output_format_of(const std::string& place, const std::string& subtype) {
+    std::string suffix = std::filesystem::path(place).extension().string();
+    std::transform(suffix.begin(), suffix.end(), suffix.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    const auto* const file =
+        std::find_if(suffix_formats.begin(), suffix_formats.end(),
+                     [&suffix](const suffix_format& f) { return suffix == f.suffix; });
+    if (file == suffix_formats.end())
+        throw usage_error(place + ": suffix \"" + suffix + "\", expected .wav, .flac or .w64");
+    const std::string wanted = subtype.empty() ? file->usual_subtype : subtype;
+    const auto* const samples =
+        std::find_if(sample_formats.begin(), sample_formats.end(),
+                     [&wanted](const sample_format& f) { return wanted == f.name; });
+    if (samples == sample_formats.end())
+        throw usage_error("--subtype " + subtype + ": expected float, 24 or 16");
+    const bool is_integer = samples->code != SF_FORMAT_FLOAT;
+    if (!is_integer && !file->has_float)
+        throw usage_error(place + ": FLAC has no floats, expected --subtype 24 or 16");
+    return {file->code | samples->code, std::int64_t{samples->bytes} * channels, is_integer,
+            file->has_4_gib_limit, file->holds_no_frames};
+}
+
+output_file::output_file(const std::string& place, const output_format& format, int rate,
+                         bool replace)
+    : place_(place), format_(format), bytes_(place, replace) {
+    SF_VIRTUAL_IO calls = file_calls();
+    SF_INFO info{};
+    info.samplerate = rate;
+    info.channels = channels;
+    info.format = format.code;
+    file_ = sf_open_virtual(&calls, SFM_WRITE, &info, &bytes_);
+    if (file_ == nullptr) fail();
+    sf_command(file_, SFC_SET_CLIPPING, nullptr, SF_TRUE);
+    // The chunk of peaks holds the time of writing; without it equal sound is equal bytes.
+    sf_command(file_, SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
+}
+
+output_file::~output_file() {
+    if (file_ != nullptr) sf_close(file_);
+}
+
+void output_file::fail() const {
+    if (bytes_.error() == 0)
+        throw failure(place_ + ": refused by the sound file library: " + sf_strerror(file_));
+    bytes_.fail(bytes_.error());
+}
+
+void output_file::expect(std::int64_t frames) const {
+    constexpr std::int64_t most_bytes = 0xFFFFFFFF - 4096;  // the rest is for the header
+    if (format_.has_4_gib_limit && frames > most_bytes / format_.frame_bytes)
+        throw failure(place_ +
+                      ": more than the 4 GiB of a WAV file, expected suffix .w64 or .flac");
+}
+
+void output_file::note_levels(const float* interleaved, std::int64_t samples) {
+    float highest = 0;
+    for (std::int64_t i = 0; i < samples; ++i)
+        highest = std::max(highest, std::fabs(interleaved[i]));
+    if (format_.is_integer && highest > 1) {
+        clipped_ += std::count_if(interleaved, interleaved + samples,
+                                  [](float x) { return std::fabs(x) > 1; });
+        highest = 1;
+    }
+    peak_ = std::max(peak_, double{highest});
+}
+
+void output_file::write(const float* interleaved, std::int64_t frames) {
+    expect(frames_ + frames);
+    if (sf_writef_float(file_, interleaved, frames) != frames || bytes_.error() != 0) fail();
+    note_levels(interleaved, frames * channels);
+    frames_ += frames;
+}
+
+void output_file::finish() {
+    if (frames_ == 0 && !format_.holds_no_frames)
+        throw failure(place_ + ": a FLAC file without a frame can't be read, expected a --tail");
+    if (sf_close(std::exchange(file_, nullptr)) != 0) fail();
+    bytes_.finish();
+}
+
+}  // namespace program

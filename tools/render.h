@@ -1,0 +1,31 @@
+// Plays a sound file through the effect into another.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace program {
+
+struct render_order {
+    std::string input;  // "-" is the standard input
+    std::string output;
+    std::string object;                 // file; "" for the one of the package
+    std::string preset;                 // name or file; "" for none
+    std::vector<std::string> settings;  // NAME=VALUE
+    std::string score;                  // file; "" for none
+    std::vector<std::string> events;    // SECONDS MESSAGE
+    std::string picture;                // .png or .svg; "" for none
+    int vector_size = 64;               // frames
+    std::optional<double> tail;         // s; unset until it is quiet
+    std::string subtype;                // "" for the usual one of the format
+    std::optional<std::uint64_t> seed;
+    bool force = false;  // what is written may be there already
+    bool quiet = false;
+};
+
+void render(const render_order& order);  // throws usage_error and failure
+
+}  // namespace program

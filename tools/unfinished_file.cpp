@@ -1,0 +1,139 @@
+#include "tools/unfinished_file.h"
+
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <utility>
+
+#include "tools/failure.h"
+
+namespace program {
+
+namespace {
+
+constexpr std::size_t longest_path = 4096;
+constexpr std::array ending_signals{SIGINT, SIGTERM, SIGHUP};
+
+// The path of the one unfinished file, or empty. The signal handler reads it, so it changes only
+// while the signals are held.
+std::array<char, longest_path> unfinished_path{};
+
+struct held_signals {
+    held_signals() {
+        sigset_t held;
+        sigemptyset(&held);
+        for (const int signal : ending_signals) sigaddset(&held, signal);
+        sigprocmask(SIG_BLOCK, &held, &before);
+    }
+    ~held_signals() { sigprocmask(SIG_SETMASK, &before, nullptr); }
+    held_signals(const held_signals&) = delete;
+    held_signals& operator=(const held_signals&) = delete;
+    sigset_t before{};
+};
+
+// Ends at once instead of raising a flag: the program may wait for a pipe that never says more.
+void end_program(int signal) {
+    if (unfinished_path[0] != '\0') unlink(unfinished_path.data());
+    _exit(128 + signal);
+}
+
+std::string path_beside(const std::string& place) {
+    const std::filesystem::path path(place);
+    const std::string name = "." + path.filename().string() + ".part-" + std::to_string(getpid());
+    return (path.parent_path() / name).string();
+}
+
+// Without replacing what may have come there since the check.
+int put_at_free_place(const char* from, const char* to) {
+    if (renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE) == 0) return 0;
+    if (errno != EINVAL && errno != ENOSYS) return errno;
+    // A file system that knows no such renaming knows links, which don't replace either.
+    if (link(from, to) != 0) return errno;
+    unlink(from);
+    return 0;
+}
+
+}  // namespace
+
+unfinished_file::unfinished_file(std::string place, bool replace)
+    : place_(std::move(place)), replace_(replace) {
+    const std::string path = path_beside(place_);
+    if (path.size() >= longest_path) fail(ENAMETOOLONG);
+    const held_signals hold;
+    file_ = open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (file_ < 0) fail(errno);
+    path.copy(unfinished_path.data(), path.size());
+    unfinished_path[path.size()] = '\0';
+}
+
+unfinished_file::~unfinished_file() {
+    if (file_ >= 0) close(file_);
+    const held_signals hold;
+    if (unfinished_path[0] != '\0') unlink(unfinished_path.data());
+    unfinished_path[0] = '\0';
+}
+
+void unfinished_file::fail(int error) const {
+    throw failure(place_ + ": can't be written: " + std::strerror(error));
+}
+
+std::int64_t unfinished_file::write(const void* bytes, std::int64_t count) noexcept {
+    std::int64_t done = 0;
+    while (done < count) {
+        const ssize_t n = ::write(file_, static_cast<const char*>(bytes) + done,
+                                  static_cast<std::size_t>(count - done));
+        if (n < 0 && errno == EINTR) continue;
+        if (n < 0 && error_ == 0) error_ = errno;
+        if (n <= 0) break;
+        done += n;
+    }
+    return done;
+}
+
+std::int64_t unfinished_file::read(void* bytes, std::int64_t count) noexcept {
+    return ::read(file_, bytes, static_cast<std::size_t>(count));
+}
+
+std::int64_t unfinished_file::seek(std::int64_t offset, int whence) noexcept {
+    return lseek(file_, offset, whence);
+}
+
+std::int64_t unfinished_file::size() noexcept {
+    struct stat about {};
+    return fstat(file_, &about) == 0 ? about.st_size : -1;
+}
+
+void unfinished_file::finish() {
+    if (error_ != 0) fail(error_);
+    if (close(std::exchange(file_, -1)) != 0) fail(errno);  // where a network tells of a full disk
+    const held_signals hold;
+    int error = 0;
+    if (!replace_)
+        error = put_at_free_place(unfinished_path.data(), place_.c_str());
+    else if (std::rename(unfinished_path.data(), place_.c_str()) != 0)
+        error = errno;
+    if (error != 0) fail(error);
+    unfinished_path[0] = '\0';
+}
+
+void remove_unfinished_on_signals() {
+    struct sigaction action {};
+    action.sa_handler = end_program;
+    sigemptyset(&action.sa_mask);
+    for (const int signal : ending_signals) {
+        struct sigaction before {};
+        sigaction(signal, nullptr, &before);
+        // Ignored from the start, as by nohup, stays ignored.
+        if (before.sa_handler != SIG_IGN) sigaction(signal, &action, nullptr);
+    }
+    signal(SIGXFSZ, SIG_IGN);
+}
+
+}  // namespace program
