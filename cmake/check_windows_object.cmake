@@ -2,7 +2,8 @@ cmake_minimum_required(VERSION 3.25)
 include(${CMAKE_CURRENT_LIST_DIR}/tesk_calls.cmake)
 # Prints what OBJECT exports, imports and carries, as public tools list it. Fails unless it exports
 # ext_main alone, carries the factory marker as its one resource, asks for each of the host's calls
-# in the library that has it, and for nothing else but the system's own libraries.
+# in the library that has it, and for nothing else but the system's own libraries, and never
+# expects more of the stack than the 16-byte alignment that the system keeps.
 execute_process(COMMAND ${OBJDUMP} -p ${OBJECT} OUTPUT_VARIABLE headers
   COMMAND_ERROR_IS_FATAL ANY)
 
@@ -59,3 +60,10 @@ foreach(library ${TESK_LIBRARIES})
     message(FATAL_ERROR "${OBJECT}: asks nothing of ${library}.dll")
   endif()
 endforeach()
+
+# Compilers have taken such a stack for aligned to 32 bytes. Moves between registers don't matter.
+execute_process(COMMAND ${OBJDUMP} -d --no-show-raw-insn ${OBJECT}
+  COMMAND grep -E "vmov(aps|apd|dqa) +(.*\\(.*%ymm|%ymm[0-9]+,.*\\()" OUTPUT_VARIABLE aligned)
+if(aligned)
+  message(FATAL_ERROR "${OBJECT}: moves that want 32-byte alignment:\n${aligned}")
+endif()
