@@ -97,6 +97,13 @@ VESK_INLINE Quad even_lanes(Oct x) noexcept {
 VESK_INLINE Quad odd_lanes(Oct x) noexcept {
     return __builtin_shufflevector(x, x, 1, 3, 5, 7);
 }
+VESK_INLINE Oct pairs_reversed(Oct x) noexcept {
+    return __builtin_shufflevector(x, x, 6, 7, 4, 5, 2, 3, 0, 1);
+}
+// The left lanes of a and the right lanes of b.
+VESK_INLINE Oct left_and_right(Oct a, Oct b) noexcept {
+    return __builtin_shufflevector(a, b, 0, 9, 2, 11, 4, 13, 6, 15);
+}
 // x in every pair.
 VESK_INLINE Oct pairs(Pair x) noexcept {
     return __builtin_shufflevector(x, x, 0, 1, 0, 1, 0, 1, 0, 1);

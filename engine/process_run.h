@@ -26,8 +26,10 @@ VESK_INLINE Run reverb_send(Vesk& engine, const Run& x, std::size_t n) noexcept 
 // A bank's next n values, each in both channels.
 template <class Bank>
 VESK_INLINE Run next_values(Bank& bank, float amount, std::size_t n) noexcept {
+    float mono[longest_run];
+    bank.next(mono, n);
     Run values;
-    for (std::size_t i = 0; i < n; ++i) values[i] = both(bank.next() * amount);
+    for (std::size_t i = 0; i < n; ++i) values[i] = both(mono[i] * amount);
     values.finish(n);
     return values;
 }

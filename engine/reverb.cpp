@@ -16,8 +16,9 @@ constexpr std::array delay_in_lengths{4453, 4217};
 constexpr std::array delay_out_lengths{3720, 3163};
 constexpr float allpass_in_coefficient = -0.7f;
 constexpr float allpass_out_coefficient = 0.5f;
+constexpr int nearest_interpolation = 670;          // the interpolators read no nearer
 constexpr std::array lfo_frequencies{0.07f, 0.1f};  // Hz
-// In the order of Reverb::sum_taps, left sum first.
+// In the order of Reverb::sum_taps, sum a first.
 constexpr std::array tap_lengths{266, 2974, 1913, 1996, 1990, 187, 1066,
                                  353, 3627, 1228, 2673, 2111, 335, 121};
 
@@ -92,6 +93,27 @@ Reverb::Reverb(float rate)
             smaller(lfo_frequencies[static_cast<std::size_t>(half)], sample_rate * 0.5f);
     redesign_bandwidth();
     redesign_damping();
+    longest_piece_ = find_longest_piece();
+}
+
+std::size_t Reverb::find_longest_piece() const {
+    std::uint64_t longest = longest_run;
+    const auto at_most = [&longest](std::uint64_t n) { longest = smaller(longest, n); };
+    const auto room_behind = [](const FrameRing& ring, std::uint64_t distance) {
+        return ring.size > distance ? ring.size - distance : 1;
+    };
+    at_most(room_behind(predelay, predelay_samples));
+    for (const AllPass& stage : diffusers) at_most(stage.ring.size);
+    const auto& [in0, in1] = tank_delay_in;
+    const auto& [out0, out1] = tank_delay_out;
+    const FrameRing& mid0 = tank_allpass_out[0].ring;
+    const FrameRing& mid1 = tank_allpass_out[1].ring;
+    const FrameRing* const tapped[] = {&in1, &in1, &mid1, &out1, &in0, &mid0, &out0,
+                                       &in0, &in0, &mid0, &out0, &in1, &mid1, &out1};
+    for (std::size_t i = 0; i < output_taps.size(); ++i)
+        at_most(room_behind(*tapped[i], output_taps[i]));
+    at_most(Lengths{length_scale}.line(nearest_interpolation) - 1);
+    return static_cast<std::size_t>(longest < 1 ? 1 : longest);
 }
 
 void Reverb::redesign_bandwidth() {

@@ -19,12 +19,17 @@ namespace orvane::blocks::vesk {
 
 using FrameRing = CircularBuffer<Pair>;
 
+// n frames from a place of the ring on, each one place below the last: what a fixed distance meets
+// while the head moves. And n pushes.
+VESK_INLINE Run read_down(const FrameRing& ring, std::uint64_t place, std::size_t n) noexcept;
+VESK_INLINE void push_run(FrameRing& ring, const Run& x, std::size_t n) noexcept;
+
 struct AllPass {
     FrameRing ring;
     Pair coefficient;
     Pair last_read{};
 
-    VESK_INLINE Pair process(Pair x) noexcept;
+    VESK_INLINE Run process(const Run& x, std::size_t n) noexcept;  // n is at most the ring's size
 };
 
 struct ModulatedAllPass {
@@ -32,7 +37,8 @@ struct ModulatedAllPass {
     Pair coefficient;
     Pair interpolator_state{};
 
-    VESK_INLINE Pair process(Pair x, float delay) noexcept;  // delay in samples
+    // y is what the interpolator has read for each frame.
+    VESK_INLINE Run process(const Run& x, const Run& y, std::size_t n) noexcept;
 };
 
 struct MatchedLowpass {
@@ -40,14 +46,25 @@ struct MatchedLowpass {
     Pair low_gain = both(1.0f);
     Pair high_gain{};
 
-    VESK_INLINE Pair process(Pair x, Pair& state) const noexcept;
+    // One step, for one or two signals at once; gain is step_gain().
+    template <class T>
+    VESK_INLINE T process(T x, T& state, T gain, T high, T low) const noexcept;
+    VESK_INLINE Pair step_gain() const noexcept { return coefficient / (coefficient + 2.0f); }
+    Pair process(Pair x, Pair& state) const noexcept {
+        return process(x, state, step_gain(), high_gain, low_gain);
+    }
 };
 
 MatchedLowpass design_matched_lowpass(Pair cutoff, Pair rate);  // both in Hz
 
 struct Reverb {
-    // The two tap sums; each output channel uses one of them, on its own lane.
+    // The two tap sums of a run, on both lanes. The engine hears the left lane of a and the right
+    // one of b.
     struct Sums {
+        Run a;
+        Run b;
+    };
+    struct FrameSums {
         Pair a;
         Pair b;
     };
@@ -78,110 +95,254 @@ struct Reverb {
     void redesign_damping();
     void clear() noexcept;  // contents and states; coefficients and decay stay
 
-    // Of each frame, (sum a of the left lane, sum b of the right one): what the engine hears.
+    // (a of the left lane, b of the right lane) of each frame.
     VESK_INLINE Run process(const Run& x, std::size_t n) noexcept;
-    VESK_INLINE Sums process(Pair x) noexcept { return step_tank(step_input(x)); }
+    VESK_INLINE FrameSums process(Pair x) noexcept {
+        const Sums sums = process_piece(run_of_one(x), 1);
+        return {sums.a[0], sums.b[0]};
+    }
 
 private:
-    VESK_INLINE Pair step_input(Pair x) noexcept;  // to the tank's input
-    VESK_INLINE Sums step_tank(Pair y) noexcept;
-    VESK_INLINE Sums sum_taps() const noexcept;
+    // What the recursive parts give for a piece; none of them waits for the piece's own input but
+    // the first.
+    struct Recursions {
+        Run band_limited;
+        std::array<Run, 2> interpolated;  // by tank_allpass_in
+        std::array<Run, 2> damped;        // the ends of tank_delay_in
+    };
+
+    VESK_INLINE Sums process_piece(const Run& x, std::size_t n) noexcept;
+    VESK_INLINE Run sway(std::size_t n) noexcept;  // delays of tank_allpass_in, samples; by half
+    VESK_INLINE Recursions recur(const Run& predelayed, std::size_t n) noexcept;
+    VESK_INLINE Sums sum_taps(std::size_t n) const noexcept;
+
+    // Frames that may go together: no stage reads what the same piece pushes, and no tap what it
+    // overwrites. Below longest_run at low rates only.
+    std::size_t longest_piece_ = 1;
+    std::size_t find_longest_piece() const;
 };
 
-VESK_INLINE Pair AllPass::process(Pair x) noexcept {
-    const std::uint64_t next = ring.next_head();
-    const Pair r = ring.storage[next];
-    last_read = r;
-    const Pair v = x - r * coefficient;
-    ring.storage[next] = v;
-    ring.head = next;
-    return r + v * coefficient;
+VESK_INLINE Run read_down(const FrameRing& ring, std::uint64_t place, std::size_t n) noexcept {
+    const Pair* const frames = ring.storage.get();
+    Run out;
+    if (place + 1 >= longest_run) [[likely]] {
+        for (std::size_t i = 0; i < n; i += pairs_in_oct) {
+            Oct four;
+            __builtin_memcpy(&four, frames + place - i - (pairs_in_oct - 1), sizeof four);
+            out.set_four(i, pairs_reversed(four));
+        }
+    } else {
+        for (std::size_t i = 0; i < n; ++i) {
+            out[i] = frames[place];
+            place = (place == 0 ? ring.size : place) - 1;
+        }
+        out.finish(n);
+    }
+    return out;
 }
 
-VESK_INLINE Pair ModulatedAllPass::process(Pair x, float delay) noexcept {
-    const float e = delay - 1.0f;
-    const auto last = static_cast<float>(static_cast<std::int64_t>(ring.size - 2));
-    const float p = last >= e ? larger(e, 0.0f) : last;
-    const std::int32_t i = whole(p);
-    const float t = p - floats(i);
-    const float a = (1.0f - t) / (1.0f + t);
-    const auto k = static_cast<std::uint64_t>(i);
-    const Pair y = (ring.at(k) - interpolator_state) * a + ring.at(k + 1);
-    interpolator_state = y;
-    const Pair v = x - y * coefficient;
-    ring.push(v);
-    return v * coefficient + y;
+VESK_INLINE void push_run(FrameRing& ring, const Run& x, std::size_t n) noexcept {
+    Pair* const frames = ring.storage.get();
+    if (ring.head >= n) [[likely]] {
+        std::size_t i = 0;
+        for (; i + pairs_in_oct <= n; i += pairs_in_oct) {
+            const Oct four = pairs_reversed(x.four(i));
+            __builtin_memcpy(frames + ring.head - i - pairs_in_oct, &four, sizeof four);
+        }
+        for (; i < n; ++i) frames[ring.head - i - 1] = x[i];
+        ring.head -= n;
+    } else {
+        for (std::size_t i = 0; i < n; ++i) ring.push(x[i]);
+    }
 }
 
-VESK_INLINE Pair MatchedLowpass::process(Pair x, Pair& state) const noexcept {
-    const Pair gain = coefficient / (coefficient + 2.0f);
-    const Pair v = (x - state) * gain;
-    const Pair low = state + v;
-    const Pair high = x - low;
+// What at(distance) met after each of the last n pushes.
+VESK_INLINE Run read_behind(const FrameRing& ring, std::uint64_t distance, std::size_t n) noexcept {
+    return read_down(ring, ring.index(distance + n - 1), n);
+}
+
+// What the next n pushes will overwrite.
+VESK_INLINE Run read_oldest(const FrameRing& ring, std::size_t n) noexcept {
+    return read_down(ring, ring.next_head(), n);
+}
+
+VESK_INLINE Run AllPass::process(const Run& x, std::size_t n) noexcept {
+    const Oct c = pairs(coefficient);
+    const Run r = read_oldest(ring, n);
+    last_read = r[n - 1];
+    const Run v = map_run(
+        n, [=](Oct in, Oct old) { return in - old * c; }, x, r);
+    push_run(ring, v, n);
+    return map_run(
+        n, [=](Oct old, Oct in) { return old + in * c; }, r, v);
+}
+
+VESK_INLINE Run ModulatedAllPass::process(const Run& x, const Run& y, std::size_t n) noexcept {
+    const Oct c = pairs(coefficient);
+    const Run v = map_run(
+        n, [=](Oct in, Oct old) { return in - old * c; }, x, y);
+    push_run(ring, v, n);
+    return map_run(
+        n, [=](Oct in, Oct old) { return in * c + old; }, v, y);
+}
+
+template <class T>
+VESK_INLINE T MatchedLowpass::process(T x, T& state, T gain, T high, T low) const noexcept {
+    const T v = (x - state) * gain;
+    const T passed = state + v;
+    const T stopped = x - passed;
     state = state + (v + v);
-    return high_gain * high + low_gain * low;
+    return high * stopped + low * passed;
 }
 
-VESK_INLINE Reverb::Sums Reverb::sum_taps() const noexcept {
-    const auto& taps = output_taps;
+VESK_INLINE Run Reverb::sway(std::size_t n) noexcept {
+    Run phases;
+    for (std::size_t i = 0; i < n; ++i) {
+        phases[i] = lfo_phase;
+        const Pair moved = lfo_phase + lfo_increment;
+        lfo_phase = moved >= 1.0f ? moved - 1.0f : moved;
+    }
+    phases.finish(n);
+    constexpr float excursion = 8.0f;  // samples at 29761 Hz, either way
+    return map_run(
+        n,
+        [this](Oct p) {
+            return ((fast_sine_cycle(p) + 1.0f) * excursion + pairs(672.0f, 908.0f)) * length_scale;
+        },
+        phases);
+}
+
+VESK_INLINE Reverb::Recursions Reverb::recur(const Run& predelayed, std::size_t n) noexcept {
+    ModulatedAllPass& m0 = tank_allpass_in[0];
+    ModulatedAllPass& m1 = tank_allpass_in[1];
+    const Run old0 = read_oldest(tank_delay_in[0], n);
+    const Run old1 = read_oldest(tank_delay_in[1], n);
+
+    // Where between its samples each interpolator reads, and with which weight.
+    const auto last = [](const FrameRing& ring) {
+        return static_cast<float>(static_cast<std::int64_t>(ring.size - 2));
+    };
+    const Oct most = pairs(last(m0.ring), last(m1.ring));
+    const Run position = map_run(
+        n,
+        [=](Oct d) {
+            const Oct e = d - 1.0f;
+            return most >= e ? larger(e, Oct{}) : most;
+        },
+        sway(n));
+    const Run weight = map_run(
+        n,
+        [](Oct p) {
+            const Oct t = p - floats(whole(p));
+            return (1.0f - t) / (1.0f + t);
+        },
+        position);
+
+    const auto twice = [](Pair x) { return quad(x, x); };
+    const Pair band_gain = bandwidth_filter.step_gain();
+    const Quad damp_gain = twice(damping_filter.step_gain());
+    const Quad damp_high = twice(damping_filter.high_gain);
+    const Quad damp_low = twice(damping_filter.low_gain);
+    Pair band = bandwidth_state;
+    Quad damp = quad(damping_state[0], damping_state[1]);
+    Quad between = quad(m0.interpolator_state, m1.interpolator_state);
+    const auto two_at = [](const FrameRing& ring, std::uint64_t place) {
+        Quad two;
+        if (place + 2 <= ring.size) [[likely]]
+            __builtin_memcpy(&two, ring.storage.get() + place, sizeof two);
+        else
+            two = quad(ring.storage[place], ring.storage[0]);
+        return two;
+    };
+    Recursions out;
+    // Three chains side by side, each of which would wait for itself alone.
+    for (std::size_t i = 0; i < n; ++i) {
+        out.band_limited[i] = bandwidth_filter.process(
+            predelayed[i], band, band_gain, bandwidth_filter.high_gain, bandwidth_filter.low_gain);
+
+        const Quad damped =
+            damping_filter.process(quad(old0[i], old1[i]), damp, damp_gain, damp_high, damp_low);
+        out.damped[0][i] = low_half(damped);
+        out.damped[1][i] = high_half(damped);
+
+        // The piece's own pushes are still to come: the distance is that much shorter.
+        const IntPair k = whole(position[i]) - static_cast<std::int32_t>(i);
+        const Quad p0 = two_at(m0.ring, m0.ring.index(static_cast<std::uint64_t>(k[0])));
+        const Quad p1 = two_at(m1.ring, m1.ring.index(static_cast<std::uint64_t>(k[1])));
+        const Pair w = weight[i];
+        const Quad a = __builtin_shufflevector(w, w, 0, 0, 1, 1);
+        between =
+            (quad(low_half(p0), low_half(p1)) - between) * a + quad(high_half(p0), high_half(p1));
+        out.interpolated[0][i] = low_half(between);
+        out.interpolated[1][i] = high_half(between);
+    }
+    bandwidth_state = band;
+    damping_state = {low_half(damp), high_half(damp)};
+    m0.interpolator_state = low_half(between);
+    m1.interpolator_state = high_half(between);
+    out.band_limited.finish(n);
+    for (Run* run : {&out.damped[0], &out.damped[1], &out.interpolated[0], &out.interpolated[1]})
+        run->finish(n);
+    return out;
+}
+
+VESK_INLINE Reverb::Sums Reverb::sum_taps(std::size_t n) const noexcept {
     const auto& [in0, in1] = tank_delay_in;
     const auto& [out0, out1] = tank_delay_out;
     const FrameRing& mid0 = tank_allpass_out[0].ring;
     const FrameRing& mid1 = tank_allpass_out[1].ring;
-    const Pair a = in1.at(taps[0]) + in1.at(taps[1]) - mid1.at(taps[2]) + out1.at(taps[3]) -
-                   in0.at(taps[4]) - mid0.at(taps[5]) - out0.at(taps[6]);
-    const Pair b = in0.at(taps[7]) + in0.at(taps[8]) - mid0.at(taps[9]) + out0.at(taps[10]) -
-                   in1.at(taps[11]) - mid1.at(taps[12]) - out1.at(taps[13]);
+    const auto tap = [&](const FrameRing& ring, std::size_t i) {
+        return read_behind(ring, output_taps[i], n);
+    };
     constexpr float tap_gain = 0.6f;
-    return {tap_gain * a, tap_gain * b};
+    const auto sum = [](Oct p, Oct q, Oct r, Oct s, Oct t, Oct u, Oct v) {
+        return tap_gain * (p + q - r + s - t - u - v);
+    };
+    return {map_run(n, sum, tap(in1, 0), tap(in1, 1), tap(mid1, 2), tap(out1, 3), tap(in0, 4),
+                    tap(mid0, 5), tap(out0, 6)),
+            map_run(n, sum, tap(in0, 7), tap(in0, 8), tap(mid0, 9), tap(out0, 10), tap(in1, 11),
+                    tap(mid1, 12), tap(out1, 13))};
 }
 
-VESK_INLINE Pair Reverb::step_input(Pair x) noexcept {
-    predelay.push(x);
-    Pair y = bandwidth_filter.process(predelay.at(predelay_samples), bandwidth_state);
-    for (AllPass& diffuser : diffusers) y = diffuser.process(y);
-    return y;
-}
+VESK_INLINE Reverb::Sums Reverb::process_piece(const Run& x, std::size_t n) noexcept {
+    push_run(predelay, x, n);
+    const Recursions r = recur(read_behind(predelay, predelay_samples, n), n);
+    Run y = r.band_limited;
+    for (AllPass& diffuser : diffusers) y = diffuser.process(y, n);
 
-// The stages in front of the tank feed forward only, so each takes the whole run in turn.
-VESK_INLINE Run Reverb::process(const Run& x, std::size_t n) noexcept {
-    Run y;
-    for (std::size_t i = 0; i < n; ++i) {
-        predelay.push(x[i]);
-        y[i] = bandwidth_filter.process(predelay.at(predelay_samples), bandwidth_state);
-    }
-    for (AllPass& diffuser : diffusers)
-        for (std::size_t i = 0; i < n; ++i) y[i] = diffuser.process(y[i]);
-    for (std::size_t i = 0; i < n; ++i) {
-        const Sums sums = step_tank(y[i]);
-        y[i] = Pair{sums.a[0], sums.b[1]};
-    }
-    y.finish(n);
-    return y;
-}
-
-VESK_INLINE Reverb::Sums Reverb::step_tank(Pair y) noexcept {
     // Each half takes the other's end, read before anything is pushed.
-    const Pair t1 = y + decay * tank_delay_out[0].oldest();
-    const Pair t0 = y + decay * tank_delay_out[1].oldest();
+    const Oct gain = pairs(decay);
+    const auto fed = [=](Oct in, Oct end) { return in + gain * end; };
+    const Run t1 = map_run(n, fed, y, read_oldest(tank_delay_out[0], n));
+    const Run t0 = map_run(n, fed, y, read_oldest(tank_delay_out[1], n));
+    const auto half = [&](std::size_t h, const Run& t) {
+        push_run(tank_delay_in[h], tank_allpass_in[h].process(t, r.interpolated[h], n), n);
+        const Run damped = map_run(
+            n, [=](Oct f) { return gain * f; }, r.damped[h]);
+        push_run(tank_delay_out[h], tank_allpass_out[h].process(damped, n), n);
+    };
+    half(0, t0);
+    half(1, t1);
+    return sum_taps(n);
+}
 
-    const Pair sway = fast_sine_cycle(lfo_phase);
-    const Pair moved = lfo_phase + lfo_increment;
-    lfo_phase = moved >= 1.0f ? moved - 1.0f : moved;
-    constexpr float excursion = 8.0f;  // samples at 29761 Hz, either way
-    const Pair delays = ((sway + 1.0f) * excursion + Pair{672.0f, 908.0f}) * length_scale;
-
-    const Pair u0 = tank_allpass_in[0].process(t0, delays[0]);
-    const Pair u1 = tank_allpass_in[1].process(t1, delays[1]);
-    const Pair e1 = tank_delay_in[1].oldest();
-    const Pair e0 = tank_delay_in[0].oldest();
-    tank_delay_in[0].push(u0);
-    tank_delay_in[1].push(u1);
-    const Pair f0 = damping_filter.process(e0, damping_state[0]);
-    const Pair f1 = damping_filter.process(e1, damping_state[1]);
-    tank_delay_out[0].push(tank_allpass_out[0].process(decay * f0));
-    tank_delay_out[1].push(tank_allpass_out[1].process(decay * f1));
-    return sum_taps();
+VESK_INLINE Run Reverb::process(const Run& x, std::size_t n) noexcept {
+    const auto heard = [](Oct a, Oct b) { return left_and_right(a, b); };
+    if (n <= longest_piece_) [[likely]] {
+        const Sums sums = process_piece(x, n);
+        return map_run(n, heard, sums.a, sums.b);
+    }
+    Run out;
+    for (std::size_t first = 0; first < n; first += longest_piece_) {
+        const std::size_t count = smaller(longest_piece_, n - first);
+        Run piece;
+        for (std::size_t i = 0; i < count; ++i) piece[i] = x[first + i];
+        piece.finish(count);
+        const Sums sums = process_piece(piece, count);
+        for (std::size_t i = 0; i < count; ++i) out[first + i] = Pair{sums.a[i][0], sums.b[i][1]};
+    }
+    out.finish(n);
+    return out;
 }
 
 }  // namespace orvane::blocks::vesk

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -31,6 +32,12 @@ struct SamplePlayer {
 
     explicit SamplePlayer(double rate) : sample_rate(rate) {}
     VESK_INLINE float read_sample() noexcept;
+    // n values at table steps of one sample, each times gain, added to sum.
+    VESK_INLINE void add_whole_samples(float* sum, std::size_t n, float gain) noexcept;
+    VESK_INLINE bool plays_whole_samples() const noexcept {
+        return increment == 1.0 &&
+               position == static_cast<double>(static_cast<std::int64_t>(position));
+    }
 };
 
 template <std::size_t N>
@@ -43,7 +50,12 @@ struct SampleBank {
     explicit SampleBank(float rate);
     void set_morph(float position);  // 0 to 1
     void rewind() noexcept;          // every player, sounding or not
-    VESK_INLINE float next() noexcept;
+    VESK_INLINE void next(float* values, std::size_t n) noexcept;
+    VESK_INLINE float next() noexcept {
+        float value;
+        next(&value, 1);
+        return value;
+    }
 };
 
 void attach_table(SamplePlayer& player, const SampleTable& table);
@@ -70,12 +82,34 @@ VESK_INLINE float SamplePlayer::read_sample() noexcept {
     return value;
 }
 
+VESK_INLINE void SamplePlayer::add_whole_samples(float* sum, std::size_t n, float gain) noexcept {
+    auto i = static_cast<std::uint64_t>(position);
+    while (n != 0) {
+        const std::size_t count = smaller(n, static_cast<std::size_t>(table->length - i));
+        const float* const x = table->samples.data() + 1 + i;
+        for (std::size_t k = 0; k < count; ++k) sum[k] += x[k] * gain;
+        sum += count;
+        n -= count;
+        i = i + count == table->length ? 0 : i + count;
+    }
+    position = static_cast<double>(i);
+}
+
 template <std::size_t N>
-VESK_INLINE float SampleBank<N>::next() noexcept {
+VESK_INLINE void SampleBank<N>::next(float* values, std::size_t n) noexcept {
     SamplePlayer* const pair = &players[index];
-    const float b = pair[1].read_sample() * gain_b;
-    const float a = pair[0].read_sample() * gain_a;
-    return a + b;
+    if (pair[0].plays_whole_samples() && pair[1].plays_whole_samples()) [[likely]] {
+        // At whole positions the interpolation gives the sample itself.
+        for (std::size_t i = 0; i < n; ++i) values[i] = 0.0f;
+        pair[1].add_whole_samples(values, n, gain_b);
+        pair[0].add_whole_samples(values, n, gain_a);
+        return;
+    }
+    for (std::size_t i = 0; i < n; ++i) {
+        const float b = pair[1].read_sample() * gain_b;
+        const float a = pair[0].read_sample() * gain_a;
+        values[i] = a + b;
+    }
 }
 
 }  // namespace orvane::blocks::vesk

@@ -27,6 +27,13 @@ void smooth_value::take_waiting() noexcept {
     ramp_to(user_value.load(std::memory_order_relaxed), ramp_samples);
 }
 
+void smooth_value::land(double x) {
+    set_value(x);
+    waiting.store(false, std::memory_order_relaxed);
+    ramp_to(user_value.load(std::memory_order_relaxed), 0);
+    setter(current);
+}
+
 void smooth_value::ramp_to(double value, std::uint64_t samples) noexcept {
     target = value;
     length = samples;

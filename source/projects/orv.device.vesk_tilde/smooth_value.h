@@ -37,6 +37,7 @@ struct smooth_value {
 
     // Audio thread, or a rebuild that excludes it.
     void take_waiting() noexcept;
+    void land(double x);  // as set_value, but without a ramp: the setter gets it at once
     void ramp_to(double value, std::uint64_t samples) noexcept;
     double next_value() noexcept;      // the value before the step
     bool scan();                       // top of a vector: true while a ramp is to be run in it

@@ -1,5 +1,7 @@
 #include "vesk_driver.h"
 
+#include <algorithm>
+#include <array>
 #include <memory>
 #include <utility>
 
@@ -19,6 +21,14 @@ struct overloaded : Cases... {
 };
 template <class... Cases>
 overloaded(Cases...) -> overloaded<Cases...>;
+
+// The elements that count, each held to the range.
+short_list list_of(const attribute_row& row, std::span<const double> values) noexcept {
+    std::array<double, list_length> held{};
+    const std::size_t count = std::min(values.size(), held.size());
+    for (std::size_t i = 0; i < count; ++i) held[i] = clamped_element(values[i], row.low, row.high);
+    return short_list(std::span(held).first(count));
+}
 
 }  // namespace
 
@@ -50,7 +60,7 @@ vesk_driver::attribute vesk_driver::make_attribute(std::size_t index) {
                 return choice{core.bind(setter), static_cast<std::int32_t>(standard)};
             },
             [&](list_setter setter) -> attribute {
-                return number_list{core.bind(setter), std::vector<double>(list_length, standard)};
+                return number_list{core.bind(setter), list_of(row, std::array{standard, standard})};
             }},
         attribute_setters[index]);
     if (row.kind != attribute_kind::continuous) set_again(made);
@@ -60,6 +70,7 @@ vesk_driver::attribute vesk_driver::make_attribute(std::size_t index) {
 void vesk_driver::set_again(attribute& a) {
     std::visit(
         overloaded{[](smooth_value* s) { s->set_value(s->user_value.load()); },
+                   [&](number_list& l) { core.parameters.post_change(l.setter, l.value.values()); },
                    [&](auto& queued) { core.parameters.post_change(queued.setter, queued.value); }},
         a);
 }
@@ -72,13 +83,15 @@ void vesk_driver::set(std::size_t index, std::span<const double> values) {
         overloaded{[&](smooth_value* s) { s->set_value(values[0]); },
                    [&](toggle& t) { t.value = whole_number(values[0]) != 0; },
                    [&](choice& c) { c.value = static_cast<std::int32_t>(whole_number(values[0])); },
-                   [&](number_list& l) {
-                       l.value.clear();
-                       for (const double x : values)
-                           l.value.push_back(clamped_element(x, row.low, row.high));
-                   }},
+                   [&](number_list& l) { l.value = list_of(row, values); }},
         a);
     if (row.kind != attribute_kind::continuous) set_again(a);
+}
+
+void vesk_driver::land(std::size_t index, std::span<const double> values) {
+    smooth_value* const* const number = std::get_if<smooth_value*>(&attributes_[index]);
+    if (number == nullptr) return set(index, values);
+    if (!values.empty()) (*number)->land(values[0]);
 }
 
 }  // namespace kv7::orv

@@ -25,6 +25,9 @@ public:
     // Main thread. An attribute by its index in attribute_table: a number, a list's one or two.
     // Values are clamped; no values change nothing.
     void set(std::size_t attribute, std::span<const double> values);
+    // The same before the first vector of a rate, when no ramp is due. Like set it allocates
+    // nothing, so that a driver whose audio thread is its main thread may call both there.
+    void land(std::size_t attribute, std::span<const double> values);
     void prepare(double rate) { core.prepare(rate); }
 
     vesk_core core;
@@ -41,7 +44,7 @@ private:
     };
     struct number_list {
         parameter_queue<orvane::blocks::vesk::Vesk>::list_setter setter;
-        std::vector<double> value;
+        short_list value;
     };
     using attribute = std::variant<smooth_value*, toggle, choice, number_list>;
 

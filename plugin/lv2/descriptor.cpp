@@ -1,0 +1,55 @@
+// The plugin as its hosts find it: the one exported function and the calls it hands out.
+#include <lv2/core/lv2.h>
+
+#include <cstdint>
+#include <exception>
+
+#include "ported_effect.h"
+
+namespace {
+
+using kv7::orv::lv2::ported_effect;
+
+ported_effect& effect(LV2_Handle instance) {
+    return *static_cast<ported_effect*>(instance);
+}
+
+LV2_Handle instantiate(const LV2_Descriptor*, double rate, const char*, const LV2_Feature* const*) {
+    if (!(rate > 0.0)) return nullptr;
+    try {
+        return new ported_effect(rate);
+    } catch (const std::exception&) {
+        return nullptr;  // the host reports that there is no instance
+    }
+}
+
+void connect_port(LV2_Handle instance, std::uint32_t port, void* data) {
+    effect(instance).connect(port, data);
+}
+
+void activate(LV2_Handle instance) {
+    effect(instance).activate();
+}
+
+void run(LV2_Handle instance, std::uint32_t frames) {
+    effect(instance).run(frames);
+}
+
+void cleanup(LV2_Handle instance) {
+    delete &effect(instance);
+}
+
+constexpr LV2_Descriptor descriptor{kv7::orv::lv2::plugin_uri,
+                                    instantiate,
+                                    connect_port,
+                                    activate,
+                                    run,
+                                    nullptr,  // deactivate: the next activate begins afresh
+                                    cleanup,
+                                    nullptr};  // extension_data
+
+}  // namespace
+
+LV2_SYMBOL_EXPORT const LV2_Descriptor* lv2_descriptor(std::uint32_t index) {
+    return index == 0 ? &descriptor : nullptr;
+}

@@ -1,0 +1,52 @@
+// Run by the build: writes the bundle's texts from the attribute table and the preset files.
+//   write_turtle FOLDER BINARY MAJOR.MINOR.PATCH PRESET...
+#include <exception>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "turtle.h"
+
+namespace {
+
+using kv7::orv::lv2::preset;
+
+template <class Writer>
+void write_file(const std::filesystem::path& file, Writer write) {
+    std::ofstream out(file);
+    write(out);
+    out.close();
+    if (!out) throw std::runtime_error(file.string() + ": could not be written");
+}
+
+void write_bundle(const std::vector<std::string>& arguments) {
+    if (arguments.size() < 4)
+        throw std::runtime_error("expected FOLDER BINARY MAJOR.MINOR.PATCH PRESET...");
+    const std::filesystem::path folder = arguments[0];
+    const std::string& version = arguments[2];
+    const int major_version = std::stoi(version);
+    const int minor_version = std::stoi(version.substr(version.find('.') + 1));
+    std::vector<preset> presets;
+    for (std::size_t i = 3; i < arguments.size(); ++i)
+        presets.push_back(kv7::orv::lv2::read_preset(arguments[i]));
+    using namespace kv7::orv::lv2;
+    write_file(folder / "manifest.ttl",
+               [&](std::ostream& out) { write_manifest(out, arguments[1], presets); });
+    write_file(folder / "vesk.ttl",
+               [&](std::ostream& out) { write_plugin(out, major_version, minor_version); });
+    write_file(folder / "presets.ttl", [&](std::ostream& out) { write_presets(out, presets); });
+}
+
+}  // namespace
+
+int main(int count, char** words) {
+    try {
+        write_bundle({words + 1, words + count});
+    } catch (const std::exception& failure) {
+        std::cerr << "write_turtle: " << failure.what() << '\n';
+        return 1;
+    }
+}
