@@ -1,17 +1,25 @@
 # An object file as the host loads it: one export, the marker section, its place in a package.
 #   tesk_add_object(target OBJECT_NAME name~ PACKAGE folder SOURCES ... LIBRARIES ...)
-# The host's calls stay undefined; they are found when the object is loaded.
+# The host's calls stay undefined, or imported by name; they are found when the object is loaded.
 function(tesk_add_object target)
   cmake_parse_arguments(ARG "" "OBJECT_NAME;PACKAGE" "SOURCES;LIBRARIES" ${ARGN})
   if(NOT ARG_PACKAGE)
     set(ARG_PACKAGE ${PROJECT_BINARY_DIR}/package)
   endif()
-  add_library(${target} MODULE ${ARG_SOURCES} ${PROJECT_SOURCE_DIR}/cmake/factory_marker.cpp)
+  add_library(${target} MODULE ${ARG_SOURCES})
   target_link_libraries(${target} PRIVATE ${ARG_LIBRARIES})
   target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR})
   set_target_properties(${target} PROPERTIES
     PREFIX "" SUFFIX ".tkx64" OUTPUT_NAME "${ARG_OBJECT_NAME}"
-    LIBRARY_OUTPUT_DIRECTORY ${ARG_PACKAGE}/externals
-    LINK_DEPENDS ${PROJECT_SOURCE_DIR}/cmake/object.map)
-  target_link_options(${target} PRIVATE -Wl,--version-script=${PROJECT_SOURCE_DIR}/cmake/object.map)
+    LIBRARY_OUTPUT_DIRECTORY ${ARG_PACKAGE}/externals)
+  set(cmake ${PROJECT_SOURCE_DIR}/cmake)
+  if(WIN32)
+    # The C++ runtime goes inside, and no time of building.
+    target_sources(${target} PRIVATE ${cmake}/factory_marker.rc)
+    target_link_options(${target} PRIVATE -static -s -Wl,--no-insert-timestamp)
+  else()
+    target_sources(${target} PRIVATE ${cmake}/factory_marker.cpp)
+    target_link_options(${target} PRIVATE -Wl,--version-script=${cmake}/object.map)
+    set_target_properties(${target} PROPERTIES LINK_DEPENDS ${cmake}/object.map)
+  endif()
 endfunction()

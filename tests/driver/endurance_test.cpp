@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <cstdlib>
+#include <memory>
 #include <new>
 #include <vector>
 
@@ -15,16 +16,21 @@ namespace {
 thread_local bool counting = false;
 thread_local long heap_calls = 0;
 
+// Aligned by hand, for not every C library can; what malloc gave stands in front of what is handed
+// out.
 void* counted_new(std::size_t size, std::size_t alignment) {
     if (counting) ++heap_calls;
-    const std::size_t rounded = (size + alignment - 1) / alignment * alignment;
-    void* const memory = std::aligned_alloc(alignment, rounded == 0 ? alignment : rounded);
-    if (memory == nullptr) throw std::bad_alloc();
+    std::size_t room = size + alignment;
+    void* const whole = std::malloc(sizeof(void*) + room);
+    if (whole == nullptr) throw std::bad_alloc();
+    void* memory = static_cast<void**>(whole) + 1;
+    std::align(alignment, size, memory, room);
+    static_cast<void**>(memory)[-1] = whole;
     return memory;
 }
 void counted_delete(void* memory) noexcept {
     if (counting) ++heap_calls;
-    std::free(memory);
+    if (memory != nullptr) std::free(static_cast<void**>(memory)[-1]);
 }
 
 }  // namespace

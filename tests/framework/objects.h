@@ -7,19 +7,23 @@
 #include <random>
 #include <sstream>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "host/host.h"
 
 using lines = std::vector<std::string>;
 
-// A folder that goes with the test.
+// A folder that goes with the test; all but a loaded object, where the system holds on to its file.
 struct package {
     std::filesystem::path folder = std::filesystem::temp_directory_path() /
                                    ("package" + std::to_string(std::random_device()()));
 
     package() { std::filesystem::create_directories(folder / "externals"); }
-    ~package() { std::filesystem::remove_all(folder); }
+    ~package() {
+        std::error_code held;
+        std::filesystem::remove_all(folder, held);
+    }
     package(const package&) = delete;
     package& operator=(const package&) = delete;
 
