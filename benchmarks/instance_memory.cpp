@@ -1,5 +1,5 @@
-// What one instance of the object holds of the heap, at three rates: measured from the C library,
-// before it is made and once it is ready to play, and while it is rebuilt.
+// What one instance of the object holds of the heap, at three rates: by the C library's own count,
+// before it is made and once it is ready to play.
 #include <malloc.h>
 
 #include <cstdio>
