@@ -1,0 +1,129 @@
+// Samples of any bit pattern in vectors of any size, between changes of every attribute, new rates,
+// clear and reset. Input that is finite and not above the loudest the input gain makes of full
+// scale must leave finite; after anything else a reset must make it so again.
+#include <bit>
+#include <cmath>
+#include <utility>
+#include <vector>
+
+#include "dice.h"
+#include "trapped.h"
+#include "vesk_driver.h"
+
+namespace {
+
+using namespace kv7::orv;
+
+constexpr double loudest = 100.0;  // full scale through 40 dB
+
+enum class Samples { any_bits, floats_of_any_bits, noise, loud_noise, silence, count };
+
+// True when every sample is such that the output must be finite.
+bool fill(fuzz::Bytes& bytes, std::vector<double>& channel) {
+    const auto kind = Samples{bytes.below(static_cast<int>(Samples::count))};
+    Dice dice(bytes.take<std::uint8_t>());
+    // A handful of given patterns, met again and again.
+    double given[4];
+    for (double& x : given) {
+        if (kind == Samples::any_bits) x = bytes.take<double>();
+        if (kind == Samples::floats_of_any_bits)
+            x = std::bit_cast<float>(bytes.take<std::uint32_t>());
+    }
+    bool tame = true;
+    for (double& x : channel) {
+        switch (kind) {
+            case Samples::any_bits:
+            case Samples::floats_of_any_bits:
+                x = given[dice.below(4)];
+                break;
+            case Samples::noise:
+                x = dice.swing();
+                break;
+            case Samples::loud_noise:
+                x = dice.swing() * loudest;
+                break;
+            default:
+                x = 0.0;
+        }
+        tame = tame && std::abs(x) <= loudest;
+    }
+    return tame;
+}
+
+double any_value(fuzz::Bytes& bytes, const attribute_row& row) {
+    if (row.kind == attribute_kind::toggle) return bytes.below(2);
+    if (row.kind == attribute_kind::choice) return bytes.below(static_cast<int>(row.high) + 1);
+    switch (bytes.below(4)) {
+        case 0:
+            return row.low;
+        case 1:
+            return row.high;
+        default:
+            return row.low + (row.high - row.low) * bytes.unit();
+    }
+}
+
+class Player {
+public:
+    Player() : instance_(tesk::host::the().make(fuzz::object_name())) { prepare(); }
+
+    void step(fuzz::Bytes& bytes) {
+        const int what = bytes.below(16);
+        if (what == 0) {
+            instance_->send("clear");
+        } else if (what == 1) {
+            instance_->send("reset");
+            reset_waits_ = true;
+        } else if (what == 2) {
+            const double rates[] = {8000.0, 11025.0, 22050.5, 44100.0, 96000.0};
+            rate_ = rates[bytes.below(5)];
+            prepare();
+        } else if (what == 3) {
+            for (int n = 0; n < 600; ++n)
+                instance_->set("clip", n % 2);  // more than the queue holds
+        } else if (what < 10) {
+            const attribute_row& row = attribute_table[static_cast<std::size_t>(
+                bytes.below(static_cast<int>(attribute_count)))];
+            instance_->set(row.info.name, {any_value(bytes, row), any_value(bytes, row)});
+        } else {
+            const int sizes[] = {0, 1, 7, 64, 65, 512, 2048};
+            vector(bytes, what == 10 ? bytes.below(2048) : sizes[bytes.below(7)]);
+        }
+    }
+
+    void finish() { fuzz::require_impulse(*instance_, rate_); }
+
+private:
+    void prepare() {
+        fuzz::require(instance_->prepare(rate_, 64), "the object gives a perform routine");
+        tame_ = true;  // another rate is another engine
+    }
+
+    void vector(fuzz::Bytes& bytes, int frames) {
+        std::vector<double> left(static_cast<std::size_t>(frames)), right(left);
+        if (std::exchange(reset_waits_, false)) tame_ = true;
+        tame_ = fill(bytes, left) && tame_;
+        tame_ = fill(bytes, right) && tame_;
+        double* const channels[2] = {left.data(), right.data()};
+        fuzz::run(*instance_, channels, frames);
+        if (!tame_) return;
+        for (std::size_t i = 0; i < left.size(); ++i)
+            fuzz::require(std::isfinite(left[i]) && std::isfinite(right[i]), "output is finite");
+    }
+
+    std::unique_ptr<tesk::instance> instance_;
+    double rate_ = 8000.0;
+    bool tame_ = true;
+    bool reset_waits_ = false;
+};
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    // One for all runs: what came before must not matter.
+    static Player player;
+    fuzz::Bytes bytes(data, size);
+    while (!bytes.empty()) player.step(bytes);
+    player.finish();
+    return 0;
+}

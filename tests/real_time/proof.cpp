@@ -1,0 +1,218 @@
+// Plays the object under the guard, which counts every heap call, lock and system call inside
+// perform: each attribute, message and mode, a full queue and rebuilds, then all of it with audio
+// and main thread side by side. The count must stay 0. Before that the guard is shown to count.
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "dice.h"
+#include "host/host.h"
+#include "vesk_driver.h"
+
+extern "C" {
+void rt_enter();
+void rt_leave();
+long rt_hits();
+long rt_vectors();
+bool rt_traps_system_calls();
+}
+
+namespace {
+
+using namespace kv7::orv;
+
+bool failed = false;
+
+void expect(bool kept, const std::string& what) {
+    std::printf("  %s  %s\n", kept ? "ok    " : "BROKEN", what.c_str());
+    failed = failed || !kept;
+}
+
+// Keeps what is only made to be freed.
+void use(void* memory) {
+    asm volatile("" : : "r"(memory) : "memory");
+}
+
+void show_the_guard() {
+    std::puts("The guard counts what is done inside, and nothing outside:");
+    static std::mutex mutex;
+    static std::string text;
+    struct {
+        const char* name;
+        void (*act)();
+        bool is_system_call = false;
+    } const rows[] = {
+        {"new and delete",
+         [] {
+             int* const made = new int;
+             use(made);
+             delete made;
+         }},
+        {"aligned new and delete",
+         [] {
+             void* const memory = ::operator new (64, std::align_val_t{64});
+             use(memory);
+             ::operator delete (memory, std::align_val_t{64});
+         }},
+        {"calloc, realloc and free",
+         [] {
+             void* const memory = std::realloc(std::calloc(1, 8), 64);
+             use(memory);
+             std::free(memory);
+         }},
+        {"a string that grows", [] { text += "longer than what fits into a string itself"; }},
+        {"std::mutex", [] { const std::lock_guard lock(mutex); }},
+        {"sleep", [] { std::this_thread::sleep_for(std::chrono::nanoseconds(1)); }, true},
+        {"yield", [] { std::this_thread::yield(); }, true},
+        {"a system call by number", [] { syscall(SYS_getppid); }, true},
+    };
+    // Their stacks are not asked for.
+    std::fflush(stderr);
+    const int kept = dup(2);
+    use(freopen("/dev/null", "w", stderr));
+    for (const auto& row : rows) {
+        row.act();
+        const long outside = rt_hits();
+        rt_enter();
+        row.act();
+        rt_leave();
+        const long inside = rt_hits();
+        if (row.is_system_call && !rt_traps_system_calls()) {
+            std::printf("  not shown: %s (this kernel cannot hand system calls back)\n", row.name);
+            continue;
+        }
+        expect(outside == 0 && inside > 0, row.name);
+    }
+    std::fflush(stderr);
+    dup2(kept, 2);
+    close(kept);
+}
+
+class Player {
+public:
+    explicit Player(tesk::instance& plays) : plays_(plays) {}
+    void vectors(int frames, int count) {
+        for (int n = 0; n < count; ++n) {
+            for (auto* channel : {&left_, &right_}) {
+                channel->resize(static_cast<std::size_t>(frames));
+                for (double& x : *channel) x = dice_.swing();
+            }
+            double* const channels[2] = {left_.data(), right_.data()};
+            if (!plays_.run(channels, channels, frames)) expect(false, "a vector was not played");
+        }
+    }
+
+private:
+    tesk::instance& plays_;
+    Dice dice_{1};
+    std::vector<double> left_, right_;
+};
+
+double value_of(const attribute_row& row, double share) {
+    const double high = row.kind == attribute_kind::toggle ? 1.0 : row.high;
+    const double value = row.low + (high - row.low) * share;
+    const bool whole = row.kind == attribute_kind::toggle || row.kind == attribute_kind::choice;
+    return whole ? std::round(value) : value;
+}
+
+void set_at_random(Dice& dice, tesk::instance& instance) {
+    const attribute_row& row =
+        attribute_table[static_cast<std::size_t>(dice.below(attribute_count))];
+    instance.set(row.info.name, {value_of(row, dice.unit()), value_of(row, dice.unit())});
+}
+
+void report(const std::string& what) {
+    const long hits = rt_hits();
+    const long vectors = rt_vectors();
+    expect(hits == 0 && vectors > 0, what + ": " + std::to_string(hits) + " calls in " +
+                                         std::to_string(vectors) + " vectors");
+}
+
+void play_everything(tesk::instance& instance) {
+    Player player(instance);
+    const auto settle = [&player] {
+        for (const auto& [frames, count] : {std::pair{1, 3}, {64, 8}, {777, 2}, {0, 1}})
+            player.vectors(frames, count);
+    };
+    for (const attribute_row& row : attribute_table)
+        for (const double share : {1.0, 0.0, 0.3, 0.7}) {
+            instance.set(row.info.name, {value_of(row, share), value_of(row, 1.0 - share)});
+            settle();
+        }
+    report("every attribute, to both ends and between");
+
+    Dice dice(2);
+    for (int n = 0; n < 2000; ++n) {
+        for (int k = dice.below(8); k > 0; --k) set_at_random(dice, instance);
+        player.vectors(64, 3);
+    }
+    report("attributes in any combination");
+
+    for (const tesk::method_info& method : instance.described().methods)
+        for (const char* values : {"", " 1", " 0.5 x"}) {
+            const bool reaches_perform = method.name == "clear" || method.name == "reset";
+            for (int n = reaches_perform ? 4 : 1; n > 0; --n) {
+                instance.send(method.name + values);
+                player.vectors(64, 2);
+            }
+        }
+    report("every message");
+
+    for (int n = 0; n < 700; ++n) instance.set("delay", {0.001 * n, 0.5});
+    settle();
+    report("a queue that overran");
+
+    for (const double rate : {96000.0, 44100.0, 192000.0, 8000.0, 48000.0}) {
+        instance.prepare(rate, 64);
+        settle();
+    }
+    report("new rates");
+}
+
+void play_side_by_side(tesk::instance& instance, bool guarded) {
+    tesk::host::the().set_perform_guarded_by_dsp64(guarded);
+    Dice input(3), dice(4);
+    tesk::audio_thread audio(instance, {64, true, [&input](std::int64_t, double* const* inputs) {
+                                            for (int c = 0; c < 2; ++c)
+                                                for (int i = 0; i < 64; ++i)
+                                                    inputs[c][i] = input.swing();
+                                        }});
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(2);
+    int rebuilds = 0;
+    while (std::chrono::steady_clock::now() < end) {
+        for (int k = 0; k < 30; ++k) set_at_random(dice, instance);
+        instance.send(dice.below(2) == 0 ? "clear" : "reset");
+        if (dice.below(4) == 0) instance.prepare(8000.0 + 4000.0 * (++rebuilds % 5), 64);
+        tesk::host::the().serve();
+        std::this_thread::sleep_for(std::chrono::milliseconds(dice.below(4)));
+    }
+    audio.stop();
+    report("beside a main thread that sets and made " + std::to_string(rebuilds) + " rebuilds" +
+           (guarded ? "" : ", perform not held off by the host"));
+}
+
+}  // namespace
+
+int main() {
+    show_the_guard();
+    std::printf("System calls are %s.\n", rt_traps_system_calls()
+                                              ? "trapped by the kernel"
+                                              : "NOT trapped, which this kernel does not offer");
+    const std::string name = tesk::host::the().load(VESK_OBJECT_FILE);
+    const auto instance = tesk::host::the().make(name);
+    expect(instance->prepare(48000.0, 64), "the object is ready");
+    rt_vectors();
+    std::puts("Inside perform:");
+    play_everything(*instance);
+    for (const bool guarded : {true, false}) play_side_by_side(*instance, guarded);
+    return failed ? EXIT_FAILURE : EXIT_SUCCESS;
+}
