@@ -5,7 +5,8 @@
 namespace orvane::blocks::vesk {
 
 std::size_t next_ring_offset() noexcept {
-    // Steps that are prime to the 64 lines of a page, so that 64 rings in a row all differ.
+    // Shared by all engines, but only where their rings lie depends on it. Steps that are prime to
+    // the 64 lines of a page, so that 64 rings in a row all differ.
     constexpr std::size_t cache_line = 64;
     constexpr std::size_t lines_in_page = 64;
     constexpr std::size_t step = 13;

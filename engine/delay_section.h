@@ -85,10 +85,11 @@ struct ReadPlan {
                                       std::size_t end) noexcept;
     };
 
-    Lane lanes[4];              // left and right of head 0, then of head 1
-    float limit[longest_run];   // the oldest readable position
-    float weight[longest_run];  // of head 1
-    bool one_position = true;   // both heads, or the only one, read as lanes 0 and 1 say
+    Lane lanes[4];             // left and right of head 0, then of head 1
+    float limit[longest_run];  // the oldest readable position
+    // Of head 1. Four are read at once from any frame on.
+    float weight[longest_run + lanes_of<Quad> - 1];
+    bool one_position = true;  // both heads, or the only one, read as lanes 0 and 1 say
 
     // From findings to positions, for n frames.
     VESK_INLINE void resolve(std::size_t n) noexcept;
@@ -239,7 +240,7 @@ VESK_INLINE void ReadPlan::Lane::copy_finding(const Lane& other, std::size_t fir
 }
 
 // Line offsets in samples, between 1 and what has been written. What stands behind the n-th takes
-// part and is not read.
+// part and means nothing.
 VESK_INLINE void ReadPlan::Lane::resolve(const float* limits, std::size_t n) noexcept {
     for (std::size_t i = 0; i < n; i += lanes_of<Oct>) {
         const Oct p =

@@ -1,8 +1,8 @@
 // The engine's elementary functions: short polynomials in place of the standard library's.
 //
-// Pure, without state, table or branch, good to about five decimal digits, and part of the sound:
+// Pure, without state or table, good to about five decimal digits, and part of the sound:
 // what these polynomials give is what filters, gains and the saturator are. Each is one formula
-// over a lane type, so that a pair or a quad equals its lanes taken alone, bit for bit.
+// over a lane type, so that a vector equals its lanes taken alone, bit for bit.
 #pragma once
 
 #include "engine/fused.h"

@@ -3,8 +3,8 @@
 namespace orvane::blocks::vesk {
 namespace {
 
-// The functions themselves, so that a call is one load away. Until this file's initialiser has run
-// the portable ones stand.
+// The functions themselves, so that a call is one load away. Null until this file's initialiser has
+// run; no engine is made before.
 constinit Kernel current = {nullptr, nullptr};
 
 [[maybe_unused]] const bool chosen = [] {

@@ -133,9 +133,10 @@ VESK_INLINE Run sum_of(const Run& a, const Run& b, std::size_t n) noexcept {
         n, [](Oct p, Oct q) VESK_LAMBDA { return p + q; }, a, b);
 }
 
-// What enters the lines: the played signal and what is fed back of s and of the reverb's r.
+// What enters the lines: the played signal and what is fed back of s and, when the reverb is in the
+// loop, of its r.
 VESK_INLINE Run line_input(const Vesk& engine, const Run& played, const Run& s, const Run& r,
-                           std::size_t n) noexcept {
+                           bool reverb_in_loop, std::size_t n) noexcept {
     using kv7::orv::vesk::channel_mode;
     const bool mid_side = engine.channel_mode == channel_mode::midside;
     const bool pingpong = engine.channel_mode == channel_mode::pingpong;
@@ -152,7 +153,7 @@ VESK_INLINE Run line_input(const Vesk& engine, const Run& played, const Run& s, 
         n,
         [&](Oct i, Oct a, Oct b) VESK_LAMBDA {
             // b holds reverb_amount already: the reverb enters the loop at its square.
-            const Oct f = fed_back(a + engine.reverb_amount * b);
+            const Oct f = fed_back(reverb_in_loop ? a + engine.reverb_amount * b : a);
             const Oct sum = engine.feedback_invert ? input(i) - f : input(i) + f;
             return mid_side ? sum_and_difference(sum) * 0.5f : sum;
         },
@@ -199,16 +200,16 @@ VESK_INLINE Run process_planned(Vesk& engine, const Run& x, const Followed& foll
             return saturate(mid_side ? sum_and_difference(d) : d);
         },
         delayed);
-    Run r{};
-    if (reverb_on && location == location_mode::feedback)
-        r = reverb_send(engine, s, followed.sway, n);
+    const bool reverb_in_loop = reverb_on && location == location_mode::feedback;
+    Run r;
+    if (reverb_in_loop) r = reverb_send(engine, s, followed.sway, n);
 
     Run played = played_signal(engine, x, followed.gate_gain, n);
     if (reverb_on && location == location_mode::pre)
         played = sum_of(played, reverb_send(engine, played, followed.sway, n), n);
-    engine.write_delay(line_input(engine, played, s, r, n), n);
+    engine.write_delay(line_input(engine, played, s, reverb_in_loop ? r : s, reverb_in_loop, n), n);
 
-    Run wet = sum_of(r, s, n);
+    Run wet = reverb_in_loop ? sum_of(r, s, n) : s;
     if (reverb_on && location == location_mode::post)
         wet = sum_of(wet, reverb_send(engine, wet, followed.sway, n), n);
     return mixed(engine, x, wet, followed.reduction, n);

@@ -28,7 +28,8 @@ struct AllPass {
     Pair coefficient;
     Pair last_read{};
 
-    VESK_INLINE Run process(const Run& x, std::size_t n) noexcept;  // n is at most the ring's size
+    VESK_INLINE void process(Run& x,
+                             std::size_t n) noexcept;  // in place; n is at most the ring's size
 };
 
 struct ModulatedAllPass {
@@ -155,24 +156,29 @@ VESK_INLINE Run read_oldest(const FrameRing& ring, std::size_t n) noexcept {
     return read_down(ring, ring.next_head(), n);
 }
 
-VESK_INLINE Run AllPass::process(const Run& x, std::size_t n) noexcept {
+VESK_INLINE void AllPass::process(Run& x, std::size_t n) noexcept {
     const Oct c = pairs(coefficient);
     const Run r = read_oldest(ring, n);
     last_read = r[n - 1];
-    const Run v = map_run(
-        n, [=](Oct in, Oct old) VESK_LAMBDA { return in - old * c; }, x, r);
+    Run v;
+    for (std::size_t i = 0; i < n; i += pairs_in_oct) {
+        const Oct pushed = x.four(i) - r.four(i) * c;
+        v.set_four(i, pushed);
+        x.set_four(i, r.four(i) + pushed * c);
+    }
     ring.push(v.frames, n);
-    return map_run(
-        n, [=](Oct old, Oct in) VESK_LAMBDA { return old + in * c; }, r, v);
 }
 
 VESK_INLINE Run ModulatedAllPass::process(const Run& x, const Run& y, std::size_t n) noexcept {
     const Oct c = pairs(coefficient);
-    const Run v = map_run(
-        n, [=](Oct in, Oct old) VESK_LAMBDA { return in - old * c; }, x, y);
+    Run v, out;
+    for (std::size_t i = 0; i < n; i += pairs_in_oct) {
+        const Oct pushed = x.four(i) - y.four(i) * c;
+        v.set_four(i, pushed);
+        out.set_four(i, pushed * c + y.four(i));
+    }
     ring.push(v.frames, n);
-    return map_run(
-        n, [=](Oct in, Oct old) VESK_LAMBDA { return in * c + old; }, v, y);
+    return out;
 }
 
 template <class T>
@@ -293,9 +299,9 @@ VESK_INLINE Reverb::Sums Reverb::sum_taps(std::size_t n) const noexcept {
 VESK_INLINE Reverb::Sums Reverb::process_piece(const Run& x, const Run& phases,
                                                std::size_t n) noexcept {
     predelay.push(x.frames, n);
-    const Recursions r = recur(read_behind(predelay, predelay_samples, n), phases, n);
-    Run y = r.band_limited;
-    for (AllPass& diffuser : diffusers) y = diffuser.process(y, n);
+    Recursions r = recur(read_behind(predelay, predelay_samples, n), phases, n);
+    Run& y = r.band_limited;
+    for (AllPass& diffuser : diffusers) diffuser.process(y, n);
 
     // Each half takes the other's end, read before anything is pushed.
     const Oct gain = pairs(decay);
@@ -305,10 +311,10 @@ VESK_INLINE Reverb::Sums Reverb::process_piece(const Run& x, const Run& phases,
     const auto half = [&](std::size_t h, const Run& t) VESK_LAMBDA {
         const Run u = tank_allpass_in[h].process(t, r.interpolated[h], n);
         tank_delay_in[h].push(u.frames, n);
-        const Run damped = map_run(
+        Run out = map_run(
             n, [=](Oct f) VESK_LAMBDA { return gain * f; }, r.damped[h]);
-        const Run o = tank_allpass_out[h].process(damped, n);
-        tank_delay_out[h].push(o.frames, n);
+        tank_allpass_out[h].process(out, n);
+        tank_delay_out[h].push(out.frames, n);
     };
     half(0, t0);
     half(1, t1);

@@ -48,7 +48,7 @@ VESK_INLINE Run run_of_one(Pair x) noexcept {
 }
 
 // f over the lanes of n frames, four frames at a time. What stands behind the last frame takes part
-// and means nothing; it is made silent where frames are filled one by one.
+// and means nothing.
 template <class Formula, class... Runs>
 VESK_INLINE Run map_run(std::size_t n, Formula f, const Runs&... in) noexcept {
     Run out;

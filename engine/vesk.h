@@ -1,4 +1,4 @@
-// The effect engine: the whole state of a stereo modulation delay, one sample at a time.
+// The effect engine: the whole state of a stereo modulation delay.
 //
 // The input, scaled, joined by noise and shaped by the gate, enters two delay lines. What leaves
 // them passes the saturator and goes two ways: scaled by the feedback back to the line inputs, and

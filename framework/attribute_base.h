@@ -86,7 +86,8 @@ private:
     std::atomic<atoms*> pending_{nullptr};  // owned by whoever exchanges it out
 };
 
-// Given to the host for every attribute. Both answer 0; any thread.
+// Given to the host for every attribute. Both answer 0. Setting: any thread. Reading: any thread
+// with Threadsafety 2, the main thread with 0.
 std::int64_t attribute_getter_callback(void* host_object, void* attribute, std::int64_t* count,
                                        tesk_atom** values);
 std::int64_t attribute_setter_callback(void* host_object, void* attribute, std::int64_t count,

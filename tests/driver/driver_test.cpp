@@ -264,6 +264,11 @@ TEST(Driver, AFailedRebuildLeavesEverythingAsItWas) {
     EXPECT_EQ(&played.engine(), before);
     EXPECT_EQ(played.driver.core.prepared_sample_rate, 44100.0);
     EXPECT_NE(played.engine().delay_left.at(0), 0.0f);
+    played.driver.core.rebuild_tables = {};
+    played.driver.core.set_values_again = [] { throw std::bad_alloc(); };
+    EXPECT_THROW(played.prepare(48000.0), std::bad_alloc) << "after the swap";
+    EXPECT_EQ(&played.engine(), before);
+    EXPECT_EQ(played.driver.core.prepared_sample_rate, 44100.0);
 }
 
 TEST(Driver, SplittingVectorsChangesNoSample) {

@@ -82,12 +82,21 @@ void driver_core<Engine>::prepare(double rate) {
     if (rebuild_tables) new_tables = rebuild_tables(*new_engine, static_cast<float>(rate));
     {
         const vector_gate::exclusion no_vector(gate_);
-        prepared_sample_rate = rate;
-        engine.swap(new_engine);
-        tables.swap(new_tables);
+        const double old_rate = prepared_sample_rate;
+        const auto swap_in = [&](double now) {
+            prepared_sample_rate = now;
+            engine.swap(new_engine);
+            tables.swap(new_tables);
+            for (smooth_value* value : ramps.values()) value->rebuilt(now);
+        };
+        swap_in(rate);
+        try {
+            if (set_values_again) set_values_again();
+        } catch (...) {
+            swap_in(old_rate);
+            throw;
+        }
         requests_.store(0, std::memory_order_relaxed);  // of audio that is gone
-        for (smooth_value* value : ramps.values()) value->rebuilt(rate);
-        if (set_values_again) set_values_again();
     }
     // The old engine goes here, on this thread, and its tables after it.
     new_engine.reset();
