@@ -74,11 +74,11 @@ struct ReadHead {
 struct ReadPlan {
     // One channel of one head. What its cursor finds, then the position that follows from it.
     struct Lane {
-        float rest[longest_run];          // of the span behind the cursor, fixed point
-        float entry[longest_run];         // the entry the span ends in, fixed point
-        float offset[longest_run];        // the cursor's
-        std::int32_t index[longest_run];  // whole part of the position on the line
-        float fraction[longest_run];      // the rest of it
+        float rest[longest_run];           // of the span behind the cursor, fixed point
+        float entry[longest_run];          // the entry the span ends in, fixed point
+        std::int32_t offset[longest_run];  // the cursor's
+        std::int32_t index[longest_run];   // whole part of the position on the line
+        float fraction[longest_run];       // the rest of it
 
         VESK_INLINE void resolve(const float* limits, std::size_t n) noexcept;
         VESK_INLINE void copy_finding(const Lane& other, std::size_t first,
@@ -160,65 +160,143 @@ VESK_INLINE float signed_float(std::uint64_t x) noexcept {
     return static_cast<float>(static_cast<std::int64_t>(x));  // x is far below 2^63
 }
 
-// Pushes the entries of frames first to end - 1 onto a ring and moves its cursor, after each push,
-// to where the entries add up to the span and half of the newest entry, which is the middle of the
-// newest sample's stretch. What it finds goes to one lane of the plan. filled counts the ring's
-// valid entries before the first of these pushes.
-VESK_INLINE void locate(CircularBuffer<std::int64_t>& ring, Cursor& cursor, std::uint64_t filled,
-                        const Entries& pushed, std::int64_t span, std::size_t first,
-                        std::size_t end, ReadPlan::Lane& lane) noexcept {
-    // In locals, so that no store into the ring or the plan makes them be read again.
-    std::int64_t* const entries = ring.storage.get();
-    const std::uint64_t size = ring.size;
-    const auto before = [size](std::uint64_t place)
-                            VESK_LAMBDA { return (place == 0 ? size : place) - 1; };
-    const auto behind = [size](std::uint64_t place)
-                            VESK_LAMBDA { return place + 1 == size ? 0 : place + 1; };
-    std::uint64_t head = ring.head;
-    std::uint64_t offset = cursor.offset;
-    std::uint64_t place = ring.index(offset);  // of the entry at offset
-    std::int64_t sum = cursor.sum;
-    for (std::size_t frame = first; frame < end; ++frame) {
-        const std::int64_t newest = pushed.values[frame];
-        head = before(head);
-        entries[head] = newest;
-        filled = smaller(filled + 1, size);
-        place = before(place);  // the push moved everything one place back
-        std::int64_t entry = entries[place];
-        sum += newest - entry;
-        const std::int64_t target = span + (newest >> 1);  // entries are never negative
-        while (sum > target && offset > 1) {
-            --offset;
-            place = before(place);
-            entry = entries[place];
-            sum -= entry;
-        }
-        while (sum + entry <= target && offset < filled - 1) {
-            sum += entry;
-            ++offset;
-            place = behind(place);
-            entry = entries[place];
-        }
-        // A history too short for the span ends the scan early, and the division that follows
-        // extrapolates with the oldest known entry: right at once after a reset.
-        lane.rest[frame] = static_cast<float>(target - sum);
-        lane.entry[frame] = static_cast<float>(entry);
-        lane.offset[frame] = signed_float(offset);
-    }
-    ring.head = head;
-    cursor.offset = offset;
-    cursor.sum = sum;
-}
+// One channel's cursor on its way through a run: each frame pushes an entry and moves the cursor to
+// where the entries add up to the span and half of the newest entry, which is the middle of the
+// newest sample's stretch. Entries are never negative. Where the ring's head is the caller knows:
+// both channels push in step.
+struct Scan {
+    std::int64_t* const entries;
+    const std::int64_t size;
+    const std::int64_t span;
+    std::int64_t place;  // of the entry at the cursor's offset
+    std::int64_t left;   // of the span, behind the entries before that one
 
-// Both channels of a head; spans in samples.
+    VESK_INLINE Scan(const CircularBuffer<std::int64_t>& ring, const Cursor& cursor,
+                     float samples) noexcept
+        : entries(ring.storage.get()),
+          size(static_cast<std::int64_t>(ring.size)),
+          span(fixed_point(samples * fixed_point_one, largest_span)),
+          place(static_cast<std::int64_t>(ring.index(cursor.offset))),
+          left(span - cursor.sum) {}
+    VESK_INLINE std::int64_t newer(std::int64_t at) const noexcept {
+        return (at == 0 ? size : at) - 1;
+    }
+    VESK_INLINE std::int64_t older(std::int64_t at) const noexcept {
+        return at + 1 == size ? 0 : at + 1;
+    }
+    VESK_INLINE std::int64_t wrap(std::int64_t head) const noexcept {
+        return place < head ? size : 0;
+    }
+    VESK_INLINE std::int64_t offset(std::int64_t head) const noexcept {
+        return place - head + wrap(head);
+    }
+    VESK_INLINE Cursor cursor(std::int64_t head) const noexcept {
+        return {static_cast<std::uint64_t>(offset(head)), span - left};
+    }
+    // What is left with half of the newest entry, of which the entry at the cursor is a part.
+    VESK_INLINE std::int64_t rest(std::int64_t newest) const noexcept {
+        return left + (newest >> 1);
+    }
+    VESK_INLINE bool settled(std::int64_t newest) const noexcept {
+        return static_cast<std::uint64_t>(rest(newest)) <
+               static_cast<std::uint64_t>(entries[place]);
+    }
+
+    // How many steps stay within the history and clear of the ring's start.
+    VESK_INLINE std::int64_t free_steps(std::int64_t head, std::int64_t filled) const noexcept {
+        const std::int64_t inside = smaller(offset(head) - 1, filled - 1 - offset(head));
+        return larger(smaller(inside, smaller(head, place / 2)), std::int64_t{0});
+    }
+    // Moves with a push by one entry or not at all. That is nearly always right and nobody can
+    // predict which, so that it is done without a branch.
+    VESK_INLINE void step(std::int64_t newest) noexcept {
+        const std::int64_t half = newest >> 1;
+        // What would be left one entry on; there itself; one entry back. The first that is not
+        // negative counts.
+        const std::int64_t on = left - (newest - half);
+        const std::int64_t not_on = on >> 63;
+        const std::int64_t there = on + (entries[place - 1] & not_on);
+        const std::int64_t not_there = there >> 63;
+        const std::int64_t back = there + (entries[place - 2] & not_there);
+        left = back - half;
+        place += not_on + not_there;
+    }
+    // Stays with a push.
+    VESK_INLINE void stay(std::int64_t newest) noexcept {
+        place = newer(place);  // the push moved everything one place back
+        left -= newest - entries[place];
+    }
+    // Moves as far as it takes and the history goes.
+    VESK_INLINE void walk(std::int64_t newest, std::int64_t head, std::int64_t filled) noexcept {
+        std::int64_t at = offset(head);
+        for (; rest(newest) < 0 && at > 1; --at) {
+            place = newer(place);
+            left += entries[place];
+        }
+        for (; rest(newest) >= entries[place] && at < filled - 1; ++at) {
+            left -= entries[place];
+            place = older(place);
+        }
+    }
+};
+
+// Frames first to end - 1 of a head's two lanes of the plan; spans in samples.
 VESK_INLINE void locate(ReadHead& head, const Entries& left, const Entries& right, Pair spans,
                         std::size_t first, std::size_t end, ReadPlan::Lane* lanes) noexcept {
-    const Pair fixed = spans * fixed_point_one;
-    locate(head.rate_left, head.cursor_left, head.filled, left, fixed_point(fixed[0], largest_span),
-           first, end, lanes[0]);
-    locate(head.rate_right, head.cursor_right, head.filled, right,
-           fixed_point(fixed[1], largest_span), first, end, lanes[1]);
-    head.filled = smaller(head.filled + (end - first), head.capacity);
+    Scan l(head.rate_left, head.cursor_left, spans[0]);
+    Scan r(head.rate_right, head.cursor_right, spans[1]);
+    std::int64_t at = static_cast<std::int64_t>(head.rate_left.head);
+    std::int64_t filled = static_cast<std::int64_t>(head.filled);
+    // A history too short for the span ends the scan early, and the division that follows
+    // extrapolates with the oldest known entry: right at once after a reset.
+    const auto found = [&](const Scan& scan, std::int64_t newest, std::size_t frame,
+                           std::int64_t wrap, ReadPlan::Lane& lane) VESK_LAMBDA {
+        lane.rest[frame] = static_cast<float>(scan.rest(newest));
+        lane.entry[frame] = static_cast<float>(scan.entries[scan.place]);
+        lane.offset[frame] = static_cast<std::int32_t>(scan.place - at + wrap);
+    };
+    for (std::size_t frame = first; frame < end;) {
+        const auto free =
+            static_cast<std::size_t>(smaller(l.free_steps(at, filled), r.free_steps(at, filled)));
+        const std::size_t stop = smaller(end, frame + free);
+        const std::size_t begin = frame;
+        const std::int64_t wrap_left = l.wrap(at);
+        const std::int64_t wrap_right = r.wrap(at);
+        for (; frame < stop; ++frame) {
+            const std::int64_t new_left = left.values[frame];
+            const std::int64_t new_right = right.values[frame];
+            --at;
+            l.entries[at] = new_left;
+            r.entries[at] = new_right;
+            l.step(new_left);
+            r.step(new_right);
+            if (!l.settled(new_left) || !r.settled(new_right)) [[unlikely]]
+                break;
+            found(l, new_left, frame, wrap_left, lanes[0]);
+            found(r, new_right, frame, wrap_right, lanes[1]);
+        }
+        filled = smaller(filled + static_cast<std::int64_t>(frame - begin), l.size);
+        if (frame == end) break;
+        const std::int64_t new_left = left.values[frame];
+        const std::int64_t new_right = right.values[frame];
+        filled = smaller(filled + 1, l.size);
+        if (frame == stop) {
+            at = l.newer(at);
+            l.entries[at] = new_left;
+            r.entries[at] = new_right;
+            l.stay(new_left);
+            r.stay(new_right);
+        }
+        l.walk(new_left, at, filled);
+        r.walk(new_right, at, filled);
+        found(l, new_left, frame, l.wrap(at), lanes[0]);
+        found(r, new_right, frame, r.wrap(at), lanes[1]);
+        ++frame;
+    }
+    head.cursor_left = l.cursor(at);
+    head.cursor_right = r.cursor(at);
+    head.rate_left.head = head.rate_right.head = static_cast<std::uint64_t>(at);
+    head.filled = static_cast<std::uint64_t>(filled);
 }
 
 VESK_INLINE void ReadHead::follow(const ReadHead& other, const Entries& left, const Entries& right,
@@ -243,8 +321,9 @@ VESK_INLINE void ReadPlan::Lane::copy_finding(const Lane& other, std::size_t fir
 // part and means nothing.
 VESK_INLINE void ReadPlan::Lane::resolve(const float* limits, std::size_t n) noexcept {
     for (std::size_t i = 0; i < n; i += lanes_of<Oct>) {
-        const Oct p =
-            (load<Oct>(rest + i) / load<Oct>(entry + i) + (load<Oct>(offset + i) - 0.5f)) - 1.0f;
+        const Oct p = (load<Oct>(rest + i) / load<Oct>(entry + i) +
+                       (floats(load<IntOct>(offset + i)) - 0.5f)) -
+                      1.0f;
         const Oct top = load<Oct>(limits + i);
         const Oct position = p > top ? top : larger(p, all<Oct>(1.0f));  // not a number: 1
         const IntOct whole_part = whole(position);
