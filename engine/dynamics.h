@@ -68,8 +68,8 @@ struct Ducker {
 VESK_INLINE Run Gate::peaks(const Run& input, std::size_t n) noexcept {
     return map_run(
         n,
-        [](Oct x) VESK_LAMBDA {
-            const Oct size = magnitude(x);
+        []<class T>(T x) VESK_LAMBDA {
+            const T size = magnitude(x);
             return larger(rights(size), lefts(size));
         },
         input);
@@ -86,14 +86,14 @@ VESK_INLINE float Gate::step(float peak) noexcept {
 }
 
 VESK_INLINE Run Ducker::targets(const Run& detector, std::size_t n) const noexcept {
-    constexpr float detector_floor = 1e-6f;  // keeps the logarithm's argument positive
     return map_run(
         n,
-        [this](Oct d) VESK_LAMBDA {
-            const Oct size = magnitude(d);
-            const Oct level = size < detector_floor ? all<Oct>(detector_floor) : size;
-            const Oct over = fast_gain_to_db(level) - pairs(threshold_db);
-            return (pairs(slope) - 1.0f) * (over >= 0.0f ? over : Oct{});
+        [this]<class T>(T d) VESK_LAMBDA {
+            constexpr float detector_floor = 1e-6f;  // keeps the logarithm's argument positive
+            const T size = magnitude(d);
+            const T level = size < detector_floor ? all<T>(detector_floor) : size;
+            const T over = fast_gain_to_db(level) - pairs<T>(threshold_db);
+            return (pairs<T>(slope) - 1.0f) * (over >= 0.0f ? over : T{});
         },
         detector);
 }
@@ -108,7 +108,9 @@ VESK_INLINE Pair Ducker::step(Pair target) noexcept {
 
 VESK_INLINE Run Ducker::apply(const Run& wet, const Run& reduction, std::size_t n) const noexcept {
     return map_run(
-        n, [this](Oct r, Oct w) VESK_LAMBDA { return fast_db_to_gain(r) * pairs(makeup_gain) * w; },
+        n,
+        [this]<class T>(T r, T w)
+            VESK_LAMBDA { return fast_db_to_gain(r) * pairs<T>(makeup_gain) * w; },
         reduction, wet);
 }
 

@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 
 // Inlined at every call. The vector loop is compiled for more than one processor; what it shares
 // with other files must leave no copy behind that the linker could hand to them.
@@ -27,6 +28,7 @@ typedef float Oct __attribute__((vector_size(32)));   // four pairs
 typedef std::int32_t IntPair __attribute__((vector_size(8)));
 typedef std::int32_t IntQuad __attribute__((vector_size(16)));
 typedef std::int32_t IntOct __attribute__((vector_size(32)));
+typedef std::int64_t LongQuad __attribute__((vector_size(32)));
 
 // The integers of a lane type's width.
 template <class T>
@@ -83,41 +85,84 @@ VESK_INLINE Pair swapped(Pair x) noexcept {
 VESK_INLINE Oct swapped(Oct x) noexcept {
     return __builtin_shufflevector(x, x, 1, 0, 3, 2, 5, 4, 7, 6);
 }
+VESK_INLINE Pair lefts(Pair x) noexcept {
+    return __builtin_shufflevector(x, x, 0, 0);
+}
 VESK_INLINE Oct lefts(Oct x) noexcept {
     return __builtin_shufflevector(x, x, 0, 0, 2, 2, 4, 4, 6, 6);
+}
+VESK_INLINE Pair rights(Pair x) noexcept {
+    return __builtin_shufflevector(x, x, 1, 1);
 }
 VESK_INLINE Oct rights(Oct x) noexcept {
     return __builtin_shufflevector(x, x, 1, 1, 3, 3, 5, 5, 7, 7);
 }
-// Four left and four right values as four pairs, and back.
+// The left lanes of a and the right lanes of b.
+VESK_INLINE Pair left_and_right(Pair a, Pair b) noexcept {
+    return __builtin_shufflevector(a, b, 0, 3);
+}
+VESK_INLINE Oct left_and_right(Oct a, Oct b) noexcept {
+    return __builtin_shufflevector(a, b, 0, 9, 2, 11, 4, 13, 6, 15);
+}
+// (left, 0) of each pair.
+VESK_INLINE Pair left_only(Pair x) noexcept {
+    return left_and_right(x, Pair{});
+}
+VESK_INLINE Oct left_only(Oct x) noexcept {
+    return left_and_right(x, Oct{});
+}
+
+// The left or the right values of one pair or of four, and back.
+template <class T>
+using Side = std::conditional_t<std::is_same_v<T, Pair>, float, Quad>;
+VESK_INLINE float left_side(Pair x) noexcept {
+    return x[0];
+}
+VESK_INLINE Quad left_side(Oct x) noexcept {
+    return __builtin_shufflevector(x, x, 0, 2, 4, 6);
+}
+VESK_INLINE float right_side(Pair x) noexcept {
+    return x[1];
+}
+VESK_INLINE Quad right_side(Oct x) noexcept {
+    return __builtin_shufflevector(x, x, 1, 3, 5, 7);
+}
+VESK_INLINE Pair interleaved(float left, float right) noexcept {
+    return Pair{left, right};
+}
 VESK_INLINE Oct interleaved(Quad left, Quad right) noexcept {
     return __builtin_shufflevector(left, right, 0, 4, 1, 5, 2, 6, 3, 7);
 }
-VESK_INLINE Quad even_lanes(Oct x) noexcept {
-    return __builtin_shufflevector(x, x, 0, 2, 4, 6);
-}
-VESK_INLINE Quad odd_lanes(Oct x) noexcept {
-    return __builtin_shufflevector(x, x, 1, 3, 5, 7);
-}
-// Elements of 4 or 8 bytes in the opposite order.
-template <std::size_t Bytes>
-VESK_INLINE Oct reversed(Oct x) noexcept {
-    static_assert(Bytes == 4 || Bytes == 8);
-    if constexpr (Bytes == 8)
+
+// Elements of 4 or 8 bytes in the opposite order; one element stays.
+template <std::size_t Bytes, class T>
+VESK_INLINE T reversed(T x) noexcept {
+    if constexpr (sizeof(T) == Bytes)
+        return x;
+    else if constexpr (sizeof(T) == 2 * Bytes)
+        return __builtin_shufflevector(x, x, 1, 0);
+    else if constexpr (std::is_same_v<T, Quad> && Bytes == 4)
+        return __builtin_shufflevector(x, x, 3, 2, 1, 0);
+    else if constexpr (std::is_same_v<T, Oct> && Bytes == 8)
         return __builtin_shufflevector(x, x, 6, 7, 4, 5, 2, 3, 0, 1);
     else
         return __builtin_shufflevector(x, x, 7, 6, 5, 4, 3, 2, 1, 0);
 }
-// The left lanes of a and the right lanes of b.
-VESK_INLINE Oct left_and_right(Oct a, Oct b) noexcept {
-    return __builtin_shufflevector(a, b, 0, 9, 2, 11, 4, 13, 6, 15);
+
+// x in every pair: one element of 64 bits four times, which the compilers know an instruction for.
+template <class T>
+VESK_INLINE T pairs(Pair x) noexcept {
+    if constexpr (std::is_same_v<T, Pair>) {
+        return x;
+    } else {
+        const auto both_lanes = __builtin_bit_cast(std::int64_t, x);
+        const LongQuad four{both_lanes, both_lanes, both_lanes, both_lanes};
+        return __builtin_bit_cast(T, four);
+    }
 }
-// x in every pair.
-VESK_INLINE Oct pairs(Pair x) noexcept {
-    return __builtin_shufflevector(x, x, 0, 1, 0, 1, 0, 1, 0, 1);
-}
-VESK_INLINE Oct pairs(float left, float right) noexcept {
-    return Oct{left, right, left, right, left, right, left, right};
+template <class T>
+VESK_INLINE T pairs(float left, float right) noexcept {
+    return pairs<T>(Pair{left, right});
 }
 
 // Four vectors of four turned: the first lanes, the second ones and so on.

@@ -85,25 +85,25 @@ VESK_INLINE Run Modulator::oscillate_at_random(const Run& phases, std::size_t n)
         const float c = phase_offset > 0.25f ? -held : held;
         swing[i] = Pair{held, (1.0f - w) * random_value[1] + w * c};
     }
-    swing.finish(n);
     return swing;
 }
 
 VESK_INLINE Run Modulator::oscillate(const Run& phases, std::size_t n) noexcept {
     const auto shape = [&](auto formula) VESK_LAMBDA { return map_run(n, formula, phases); };
-    const auto saw_up = [](Oct f) VESK_LAMBDA { return f < 0.5f ? 2.0f * f : 2.0f * (f - 1.0f); };
+    const auto saw_up = []<class T>(T f)
+                            VESK_LAMBDA { return f < 0.5f ? 2.0f * f : 2.0f * (f - 1.0f); };
     switch (waveform) {
         case waveform_mode::sine:
-            return shape([](Oct f) VESK_LAMBDA { return fast_sine_cycle(f); });
+            return shape([](auto f) VESK_LAMBDA { return fast_sine_cycle(f); });
         case waveform_mode::triangle:
-            return shape([](Oct f) VESK_LAMBDA { return triangle_of_phase(f); });
+            return shape([](auto f) VESK_LAMBDA { return triangle_of_phase(f); });
         case waveform_mode::saw_up:
             return shape(saw_up);
         case waveform_mode::saw_down:
-            return shape([&](Oct f) VESK_LAMBDA { return -saw_up(f); });
+            return shape([&](auto f) VESK_LAMBDA { return -saw_up(f); });
         case waveform_mode::square:
-            return shape([](Oct f)
-                             VESK_LAMBDA { return f < 0.5f ? all<Oct>(1.0f) : all<Oct>(-1.0f); });
+            return shape([]<class T>(T f)
+                             VESK_LAMBDA { return f < 0.5f ? all<T>(1.0f) : all<T>(-1.0f); });
         case waveform_mode::random:
             return oscillate_at_random(phases, n);
     }
@@ -132,7 +132,7 @@ VESK_INLINE Run Modulator::blend(const Run& phases, const Run& followed, std::si
     constexpr float swings_per_level = 10.0f;
     const Run value = map_run(
         n,
-        [&](Oct f, Oct s)
+        [&](auto f, auto s)
             VESK_LAMBDA { return f * swings_per_level * envelope_mix + (1.0f - envelope_mix) * s; },
         followed, swing);
     Run out;
@@ -143,7 +143,6 @@ VESK_INLINE Run Modulator::blend(const Run& phases, const Run& followed, std::si
         out[i] = state;
     }
     smoothed = state;
-    out.finish(n);
     return out;
 }
 

@@ -34,12 +34,12 @@ VESK_INLINE Followed follow_input(Vesk& engine, const Run& x, std::size_t n) noe
     // In mid/side mode the modulator follows mid and side; gate and ducker the raw input.
     const Run level = map_run(
         n,
-        [=](Oct a) VESK_LAMBDA { return magnitude(mid_side ? sum_and_difference(a) * 0.5f : a); },
+        [=](auto a) VESK_LAMBDA { return magnitude(mid_side ? sum_and_difference(a) * 0.5f : a); },
         x);
     const Run peak = Gate::peaks(x, n);
     Run target;
     if (duck_on) {
-        const auto louder = [](Oct a)
+        const auto louder = [](auto a)
                                 VESK_LAMBDA { return larger(magnitude(a), swapped(magnitude(a))); };
         target = engine.ducker.targets(map_run(n, louder, x), n);
     }
@@ -62,27 +62,22 @@ VESK_INLINE Followed follow_input(Vesk& engine, const Run& x, std::size_t n) noe
     static_cast<Gate&>(engine) = gate;
     engine.ducker.reduction_db = ducker.reduction_db;
     engine.reverb.lfo_phase = sway;
-    out.phases.finish(n);
-    out.envelope.finish(n);
-    out.gate_gain.finish(n);
-    out.reduction.finish(n);
-    out.sway.finish(n);
     return out;
 }
 
 // Sends x to the reverb with its side signal reduced. Its left output is tap sum A of the left
 // lane, its right output tap sum B of the right one.
 VESK_INLINE Run reverb_send(Vesk& engine, const Run& x, const Run& sway, std::size_t n) noexcept {
-    constexpr float side_gain = 0.35355338f;  // 1 / (2 * sqrt(2))
     const Run sent = map_run(
         n,
-        [](Oct a) VESK_LAMBDA {
-            return sum_and_difference(sum_and_difference(a) * pairs(0.5f, side_gain));
+        []<class T>(T a) VESK_LAMBDA {
+            constexpr float side_gain = 0.35355338f;  // 1 / (2 * sqrt(2))
+            return sum_and_difference(sum_and_difference(a) * pairs<T>(0.5f, side_gain));
         },
         x);
     const Run sums = engine.reverb.process(sent, sway, n);
     return map_run(
-        n, [&](Oct q) VESK_LAMBDA { return q * engine.reverb_amount; }, sums);
+        n, [&](auto q) VESK_LAMBDA { return q * engine.reverb_amount; }, sums);
 }
 
 // A bank's next n values, each in both channels.
@@ -91,10 +86,10 @@ VESK_INLINE Run next_values(Bank& bank, float amount, std::size_t n) noexcept {
     float mono[longest_run];
     bank.next(mono, n);
     Run values;
-    for (std::size_t i = 0; i < n; i += pairs_in_oct) {
-        const Quad four = load<Quad>(mono + i) * amount;
-        values.set_four(i, interleaved(four, four));
-    }
+    in_fours(n, [&]<class T>(std::size_t i) VESK_LAMBDA {
+        const auto in_each = load<Side<T>>(mono + i) * amount;
+        values.set(i, interleaved(in_each, in_each));
+    });
     return values;
 }
 
@@ -105,10 +100,10 @@ VESK_INLINE Run read_speed(Vesk& engine, const Followed& followed, std::size_t n
     const float depth = engine.mod_delay * (engine.mod_mult ? deepening : 1.0f);
     if (!engine.wobble_on)
         return map_run(
-            n, [&](Oct a) VESK_LAMBDA { return a * depth + 0.0f; }, m);
+            n, [&](auto a) VESK_LAMBDA { return a * depth + 0.0f; }, m);
     const Run w = next_values(engine.wobble_bank, engine.wobble_amount, n);
     return map_run(
-        n, [&](Oct a, Oct b) VESK_LAMBDA { return a * depth + b; }, m, w);
+        n, [&](auto a, auto b) VESK_LAMBDA { return a * depth + b; }, m, w);
 }
 
 // The input with its noise, gated by the raw input.
@@ -118,19 +113,19 @@ VESK_INLINE Run played_signal(Vesk& engine, const Run& x, const Run& gate_gain,
     if (engine.noise_on) {
         const Run noise = next_values(engine.noise_bank, engine.noise_amount, n);
         g = map_run(
-            n, [&](Oct a, Oct b) VESK_LAMBDA { return a * engine.input_gain + b; }, x, noise);
+            n, [&](auto a, auto b) VESK_LAMBDA { return a * engine.input_gain + b; }, x, noise);
     } else {
         g = map_run(
-            n, [&](Oct a) VESK_LAMBDA { return a * engine.input_gain + 0.0f; }, x);
+            n, [&](auto a) VESK_LAMBDA { return a * engine.input_gain + 0.0f; }, x);
     }
     if (!engine.gate_on) return g;
     return map_run(
-        n, [](Oct a, Oct gain) VESK_LAMBDA { return a * gain; }, g, gate_gain);
+        n, [](auto a, auto gain) VESK_LAMBDA { return a * gain; }, g, gate_gain);
 }
 
 VESK_INLINE Run sum_of(const Run& a, const Run& b, std::size_t n) noexcept {
     return map_run(
-        n, [](Oct p, Oct q) VESK_LAMBDA { return p + q; }, a, b);
+        n, [](auto p, auto q) VESK_LAMBDA { return p + q; }, a, b);
 }
 
 // What enters the lines: the played signal and what is fed back of s and, when the reverb is in the
@@ -142,19 +137,19 @@ VESK_INLINE Run line_input(const Vesk& engine, const Run& played, const Run& s, 
     const bool pingpong = engine.channel_mode == channel_mode::pingpong;
     constexpr float sum_gain = 0.70710677f;  // 1 / sqrt(2)
     const float once = engine.feedback;
-    const auto input = [=](Oct i) VESK_LAMBDA {
+    const auto input = [=](auto i) VESK_LAMBDA {
         return pingpong ? left_only((lefts(i) + rights(i)) * sum_gain) : i;
     };
     // In ping-pong a full journey through both lines costs the square.
-    const auto fed_back = [=](Oct f) VESK_LAMBDA {
-        return pingpong ? swapped(f) * pairs(once * once, 1.0f) : f * once;
+    const auto fed_back = [=]<class T>(T f) VESK_LAMBDA {
+        return pingpong ? swapped(f) * pairs<T>(once * once, 1.0f) : f * once;
     };
     return map_run(
         n,
-        [&](Oct i, Oct a, Oct b) VESK_LAMBDA {
+        [&]<class T>(T i, T a, T b) VESK_LAMBDA {
             // b holds reverb_amount already: the reverb enters the loop at its square.
-            const Oct f = fed_back(reverb_in_loop ? a + engine.reverb_amount * b : a);
-            const Oct sum = engine.feedback_invert ? input(i) - f : input(i) + f;
+            const T f = fed_back(reverb_in_loop ? a + engine.reverb_amount * b : a);
+            const T sum = engine.feedback_invert ? input(i) - f : input(i) + f;
             return mid_side ? sum_and_difference(sum) * 0.5f : sum;
         },
         played, s, r);
@@ -166,10 +161,10 @@ VESK_INLINE Run mixed(const Vesk& engine, const Run& x, const Run& wet, const Ru
     const float width = engine.width;
     Run o = map_run(
         n,
-        [=](Oct v) VESK_LAMBDA {
-            const Oct mid = (lefts(v) + rights(v)) * 0.5f;
-            const Oct side = (lefts(v) - rights(v)) * width * 0.5f;
-            return mid + side * pairs(1.0f, -1.0f);
+        [=]<class T>(T v) VESK_LAMBDA {
+            const T mid = (lefts(v) + rights(v)) * 0.5f;
+            const T side = (lefts(v) - rights(v)) * width * 0.5f;
+            return mid + side * pairs<T>(1.0f, -1.0f);
         },
         wet);
     if (engine.duck_on) o = engine.ducker.apply(o, reduction, n);
@@ -177,8 +172,8 @@ VESK_INLINE Run mixed(const Vesk& engine, const Run& x, const Run& wet, const Ru
     const bool clipped = engine.clip_dry;
     return map_run(
         n,
-        [&](Oct a, Oct b) VESK_LAMBDA {
-            const Oct y = clipped ? saturate(b * engine.input_gain) * engine.output_gain : b;
+        [&](auto a, auto b) VESK_LAMBDA {
+            const auto y = clipped ? saturate(b * engine.input_gain) * engine.output_gain : b;
             return wet_level * a + engine.dry_gain * y;
         },
         o, x);
@@ -195,7 +190,7 @@ VESK_INLINE Run process_planned(Vesk& engine, const Run& x, const Followed& foll
     const Run delayed = engine.read_delay(plan, first, n);
     const Run s = map_run(
         n,
-        [=](Oct d) VESK_LAMBDA {
+        [=](auto d) VESK_LAMBDA {
             // Unity: the halves are in the encoding.
             return saturate(mid_side ? sum_and_difference(d) : d);
         },
@@ -230,7 +225,6 @@ VESK_INLINE Run process_run(Vesk& engine, const Run& x, std::size_t n) noexcept 
                                       plan, first, piece);
         for (std::size_t i = 0; i < piece; ++i) out[first + i] = y[i];
     }
-    out.finish(n);
     return out;
 }
 

@@ -18,7 +18,7 @@ constexpr float allpass_in_coefficient = -0.7f;
 constexpr float allpass_out_coefficient = 0.5f;
 constexpr int nearest_interpolation = 670;          // the interpolators read no nearer
 constexpr std::array lfo_frequencies{0.07f, 0.1f};  // Hz
-// In the order of Reverb::sum_taps, sum a first.
+// In the order of Reverb::tapped_rings, those of sum a first.
 constexpr std::array tap_lengths{266, 2974, 1913, 1996, 1990, 187, 1066,
                                  353, 3627, 1228, 2673, 2111, 335, 121};
 
@@ -104,14 +104,9 @@ std::size_t Reverb::find_longest_piece() const {
     };
     at_most(room_behind(predelay, predelay_samples));
     for (const AllPass& stage : diffusers) at_most(stage.ring.size);
-    const auto& [in0, in1] = tank_delay_in;
-    const auto& [out0, out1] = tank_delay_out;
-    const FrameRing& mid0 = tank_allpass_out[0].ring;
-    const FrameRing& mid1 = tank_allpass_out[1].ring;
-    const FrameRing* const tapped[] = {&in1, &in1, &mid1, &out1, &in0, &mid0, &out0,
-                                       &in0, &in0, &mid0, &out0, &in1, &mid1, &out1};
+    const auto rings = tapped_rings();
     for (std::size_t i = 0; i < output_taps.size(); ++i)
-        at_most(room_behind(*tapped[i], output_taps[i]));
+        at_most(room_behind(*rings[i], output_taps[i]));
     at_most(Lengths{length_scale}.line(nearest_interpolation) - 1);
     return static_cast<std::size_t>(longest < 1 ? 1 : longest);
 }

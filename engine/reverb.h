@@ -19,17 +19,21 @@ namespace orvane::blocks::vesk {
 
 using FrameRing = CircularBuffer<Pair>;
 
-// n frames from a place of the ring on, each one place below the last: what a fixed distance meets
-// while the head moves.
-VESK_INLINE Run read_down(const FrameRing& ring, std::uint64_t place, std::size_t n) noexcept;
-
+// The two kinds of diffuser. A step takes one frame's lanes, or those of four frames, to their place
+// on the ring, where the oldest ones still stand.
 struct AllPass {
     FrameRing ring;
     Pair coefficient;
     Pair last_read{};
 
-    VESK_INLINE void process(Run& x,
-                             std::size_t n) noexcept;  // in place; n is at most the ring's size
+    template <class T>
+    VESK_INLINE T step(T x, Pair* place) const noexcept {
+        const T c = pairs<T>(coefficient);
+        const T oldest = load<T>(place);
+        const T pushed = x - oldest * c;
+        store(place, pushed);
+        return oldest + pushed * c;
+    }
 };
 
 struct ModulatedAllPass {
@@ -37,8 +41,14 @@ struct ModulatedAllPass {
     Pair coefficient;
     Pair interpolator_state{};
 
-    // y is what the interpolator has read for each frame.
-    VESK_INLINE Run process(const Run& x, const Run& y, std::size_t n) noexcept;
+    // read is what the interpolator has read.
+    template <class T>
+    VESK_INLINE T step(T x, T read, Pair* place) const noexcept {
+        const T c = pairs<T>(coefficient);
+        const T pushed = x - read * c;
+        store(place, pushed);
+        return pushed * c + read;
+    }
 };
 
 struct MatchedLowpass {
@@ -58,15 +68,12 @@ struct MatchedLowpass {
 MatchedLowpass design_matched_lowpass(Pair cutoff, Pair rate);  // both in Hz
 
 struct Reverb {
-    // The two tap sums of a run, on both lanes. The engine hears the left lane of a and the right
-    // one of b.
+    // The two tap sums on both lanes, of one frame or of four. The engine hears the left lane of a
+    // and the right one of b.
+    template <class T>
     struct Sums {
-        Run a;
-        Run b;
-    };
-    struct FrameSums {
-        Pair a;
-        Pair b;
+        T a;
+        T b;
     };
 
     float sample_rate;            // Hz
@@ -99,14 +106,17 @@ struct Reverb {
     VESK_INLINE Pair phases_after(Pair phases) const noexcept;
     // (a of the left lane, b of the right lane) of each frame, with the oscillators' phases.
     VESK_INLINE Run process(const Run& x, const Run& phases, std::size_t n) noexcept;
-    VESK_INLINE FrameSums process(Pair x) noexcept {
+    VESK_INLINE Sums<Pair> process(Pair x) noexcept {
         const Run phases = run_of_one(lfo_phase);
         lfo_phase = phases_after(lfo_phase);
-        const Sums sums = process_piece(run_of_one(x), phases, 1);
-        return {sums.a[0], sums.b[0]};
+        pass(run_of_one(x), phases, 1);
+        return sum_taps<Pair>(taps(), 0);
     }
 
 private:
+    // Inside a piece stands in the order of the rings, the newest frame first, so that every place
+    // of it lies in one stretch of a ring.
+    //
     // What the recursive parts give for a piece; none of them waits for the piece's own input but
     // the first.
     struct Recursions {
@@ -114,72 +124,25 @@ private:
         std::array<Run, 2> interpolated;  // by tank_allpass_in
         std::array<Run, 2> damped;        // the ends of tank_delay_in
     };
+    using Taps = std::array<const Pair*, 14>;
 
-    VESK_INLINE Sums process_piece(const Run& x, const Run& phases, std::size_t n) noexcept;
-    // Delays of tank_allpass_in in samples, half by half.
+    VESK_INLINE void pass(const Run& x, const Run& phases, std::size_t n) noexcept;
+    // Delays of tank_allpass_in in samples, half by half and in the order of the phases.
     VESK_INLINE Run sway(const Run& phases, std::size_t n) const noexcept;
-    VESK_INLINE Recursions recur(const Run& predelayed, const Run& phases, std::size_t n) noexcept;
-    VESK_INLINE Sums sum_taps(std::size_t n) const noexcept;
+    VESK_INLINE Recursions recur(const Pair* predelayed, const Run& phases,
+                                 std::size_t n) noexcept;
+    VESK_INLINE void pass_network(const Recursions& recursions, std::size_t n) noexcept;
+    VESK_INLINE std::array<const FrameRing*, 14> tapped_rings() const noexcept;
+    // Where the output taps stand for the newest frame, and what they sum to i frames before it.
+    VESK_INLINE Taps taps() const noexcept;
+    template <class T>
+    VESK_INLINE static Sums<T> sum_taps(const Taps& taps, std::size_t i) noexcept;
 
     // Frames that may go together: no stage reads what the same piece pushes, and no tap what it
     // overwrites. Below longest_run at low rates only.
     std::size_t longest_piece_ = 1;
     std::size_t find_longest_piece() const;
 };
-
-VESK_INLINE Run read_down(const FrameRing& ring, std::uint64_t place, std::size_t n) noexcept {
-    const Pair* const frames = ring.storage.get();
-    Run out;
-    if (place + 1 >= longest_run) [[likely]] {
-        for (std::size_t i = 0; i < n; i += pairs_in_oct) {
-            Oct four;
-            __builtin_memcpy(&four, frames + place - i - (pairs_in_oct - 1), sizeof four);
-            out.set_four(i, reversed<sizeof(Pair)>(four));
-        }
-    } else {
-        for (std::size_t i = 0; i < n; ++i) {
-            out[i] = frames[place];
-            place = (place == 0 ? ring.size : place) - 1;
-        }
-        out.finish(n);
-    }
-    return out;
-}
-
-// What at(distance) met after each of the last n pushes.
-VESK_INLINE Run read_behind(const FrameRing& ring, std::uint64_t distance, std::size_t n) noexcept {
-    return read_down(ring, ring.index(distance + n - 1), n);
-}
-
-// What the next n pushes will overwrite.
-VESK_INLINE Run read_oldest(const FrameRing& ring, std::size_t n) noexcept {
-    return read_down(ring, ring.next_head(), n);
-}
-
-VESK_INLINE void AllPass::process(Run& x, std::size_t n) noexcept {
-    const Oct c = pairs(coefficient);
-    const Run r = read_oldest(ring, n);
-    last_read = r[n - 1];
-    Run v;
-    for (std::size_t i = 0; i < n; i += pairs_in_oct) {
-        const Oct pushed = x.four(i) - r.four(i) * c;
-        v.set_four(i, pushed);
-        x.set_four(i, r.four(i) + pushed * c);
-    }
-    ring.push(v.frames, n);
-}
-
-VESK_INLINE Run ModulatedAllPass::process(const Run& x, const Run& y, std::size_t n) noexcept {
-    const Oct c = pairs(coefficient);
-    Run v, out;
-    for (std::size_t i = 0; i < n; i += pairs_in_oct) {
-        const Oct pushed = x.four(i) - y.four(i) * c;
-        v.set_four(i, pushed);
-        out.set_four(i, pushed * c + y.four(i));
-    }
-    ring.push(v.frames, n);
-    return out;
-}
 
 template <class T>
 VESK_INLINE T MatchedLowpass::process(T x, T& state, T gain, T high, T low) const noexcept {
@@ -196,38 +159,39 @@ VESK_INLINE Pair Reverb::phases_after(Pair phases) const noexcept {
 }
 
 VESK_INLINE Run Reverb::sway(const Run& phases, std::size_t n) const noexcept {
-    constexpr float excursion = 8.0f;  // samples at 29761 Hz, either way
     return map_run(
         n,
-        [this](Oct p) VESK_LAMBDA {
-            return ((fast_sine_cycle(p) + 1.0f) * excursion + pairs(672.0f, 908.0f)) * length_scale;
+        [this]<class T>(T p) VESK_LAMBDA {
+            constexpr float excursion = 8.0f;  // samples at 29761 Hz, either way
+            const T lengths = pairs<T>(672.0f, 908.0f);
+            return ((fast_sine_cycle(p) + 1.0f) * excursion + lengths) * length_scale;
         },
         phases);
 }
 
-VESK_INLINE Reverb::Recursions Reverb::recur(const Run& predelayed, const Run& phases,
+VESK_INLINE Reverb::Recursions Reverb::recur(const Pair* predelayed, const Run& phases,
                                              std::size_t n) noexcept {
     ModulatedAllPass& m0 = tank_allpass_in[0];
     ModulatedAllPass& m1 = tank_allpass_in[1];
-    const Run old0 = read_oldest(tank_delay_in[0], n);
-    const Run old1 = read_oldest(tank_delay_in[1], n);
+    const Pair* const end0 = tank_delay_in[0].room(n);
+    const Pair* const end1 = tank_delay_in[1].room(n);
 
     // Where between its samples each interpolator reads, and with which weight.
     const auto last = [](const FrameRing& ring) VESK_LAMBDA {
         return static_cast<float>(static_cast<std::int64_t>(ring.size - 2));
     };
-    const Oct most = pairs(last(m0.ring), last(m1.ring));
+    const Pair most{last(m0.ring), last(m1.ring)};
     const Run position = map_run(
         n,
-        [=](Oct d) VESK_LAMBDA {
-            const Oct e = d - 1.0f;
-            return most >= e ? larger(e, Oct{}) : most;
+        [=]<class T>(T d) VESK_LAMBDA {
+            const T e = d - 1.0f;
+            return pairs<T>(most) >= e ? larger(e, T{}) : pairs<T>(most);
         },
         sway(phases, n));
     const Run weight = map_run(
         n,
-        [](Oct p) VESK_LAMBDA {
-            const Oct t = p - floats(whole(p));
+        [](auto p) VESK_LAMBDA {
+            const auto t = p - floats(whole(p));
             return (1.0f - t) / (1.0f + t);
         },
         position);
@@ -240,100 +204,130 @@ VESK_INLINE Reverb::Recursions Reverb::recur(const Run& predelayed, const Run& p
     Pair band = bandwidth_state;
     Quad damp = quad(damping_state[0], damping_state[1]);
     Quad between = quad(m0.interpolator_state, m1.interpolator_state);
-    const auto two_at = [](const FrameRing& ring, std::uint64_t place) VESK_LAMBDA {
-        Quad two;
-        if (place + 2 <= ring.size) [[likely]]
-            __builtin_memcpy(&two, ring.storage.get() + place, sizeof two);
-        else
-            two = quad(ring.storage[place], ring.storage[0]);
-        return two;
-    };
     Recursions out;
     // Three chains side by side, each of which would wait for itself alone.
     for (std::size_t i = 0; i < n; ++i) {
-        out.band_limited[i] = bandwidth_filter.process(
-            predelayed[i], band, band_gain, bandwidth_filter.high_gain, bandwidth_filter.low_gain);
+        const std::size_t to = n - 1 - i;
+        out.band_limited[to] = bandwidth_filter.process(
+            predelayed[to], band, band_gain, bandwidth_filter.high_gain, bandwidth_filter.low_gain);
 
         const Quad damped =
-            damping_filter.process(quad(old0[i], old1[i]), damp, damp_gain, damp_high, damp_low);
-        out.damped[0][i] = low_half(damped);
-        out.damped[1][i] = high_half(damped);
+            damping_filter.process(quad(end0[to], end1[to]), damp, damp_gain, damp_high, damp_low);
+        out.damped[0][to] = low_half(damped);
+        out.damped[1][to] = high_half(damped);
 
         // The piece's own pushes are still to come: the distance is that much shorter.
         const IntPair k = whole(position[i]) - static_cast<std::int32_t>(i);
-        const Quad p0 = two_at(m0.ring, m0.ring.index(static_cast<std::uint64_t>(k[0])));
-        const Quad p1 = two_at(m1.ring, m1.ring.index(static_cast<std::uint64_t>(k[1])));
+        const Quad p0 = load<Quad>(m0.ring.run_at(static_cast<std::uint64_t>(k[0])));
+        const Quad p1 = load<Quad>(m1.ring.run_at(static_cast<std::uint64_t>(k[1])));
         const Pair w = weight[i];
         const Quad a = __builtin_shufflevector(w, w, 0, 0, 1, 1);
         between =
             (quad(low_half(p0), low_half(p1)) - between) * a + quad(high_half(p0), high_half(p1));
-        out.interpolated[0][i] = low_half(between);
-        out.interpolated[1][i] = high_half(between);
+        out.interpolated[0][to] = low_half(between);
+        out.interpolated[1][to] = high_half(between);
     }
     bandwidth_state = band;
     damping_state = {low_half(damp), high_half(damp)};
     m0.interpolator_state = low_half(between);
     m1.interpolator_state = high_half(between);
-    out.band_limited.finish(n);
-    for (Run* run : {&out.damped[0], &out.damped[1], &out.interpolated[0], &out.interpolated[1]})
-        run->finish(n);
     return out;
 }
 
-VESK_INLINE Reverb::Sums Reverb::sum_taps(std::size_t n) const noexcept {
+VESK_INLINE void Reverb::pass_network(const Recursions& recursions, std::size_t n) noexcept {
+    const auto room = [n](auto& stage) VESK_LAMBDA { return stage.ring.room(n); };
+    Pair* const diffused[] = {room(diffusers[0]), room(diffusers[1]), room(diffusers[2]),
+                              room(diffusers[3])};
+    Pair* const in[] = {room(tank_allpass_in[0]), room(tank_allpass_in[1])};
+    Pair* const delay_in[] = {tank_delay_in[0].room(n), tank_delay_in[1].room(n)};
+    Pair* const out[] = {room(tank_allpass_out[0]), room(tank_allpass_out[1])};
+    Pair* const delay_out[] = {tank_delay_out[0].room(n), tank_delay_out[1].room(n)};
+    for (std::size_t k = 0; k < diffusers.size(); ++k) diffusers[k].last_read = *diffused[k];
+    for (std::size_t h = 0; h < 2; ++h) tank_allpass_out[h].last_read = *out[h];
+
+    in_fours(n, [&]<class T>(std::size_t i) VESK_LAMBDA {
+        T y = recursions.band_limited.at<T>(i);
+        y = diffusers[0].step(y, diffused[0] + i);
+        y = diffusers[1].step(y, diffused[1] + i);
+        y = diffusers[2].step(y, diffused[2] + i);
+        y = diffusers[3].step(y, diffused[3] + i);
+        // Each half takes the other's end, read before anything is pushed.
+        const T gain = pairs<T>(decay);
+        const T into1 = y + gain * load<T>(delay_out[0] + i);
+        const T into0 = y + gain * load<T>(delay_out[1] + i);
+        const auto half = [&](std::size_t h, T into) VESK_LAMBDA {
+            const T read = recursions.interpolated[h].at<T>(i);
+            store(delay_in[h] + i, tank_allpass_in[h].step(into, read, in[h] + i));
+            const T damped = gain * recursions.damped[h].at<T>(i);
+            store(delay_out[h] + i, tank_allpass_out[h].step(damped, out[h] + i));
+        };
+        half(0, into0);
+        half(1, into1);
+    });
+
+    for (AllPass& stage : diffusers) stage.ring.pushed(n);
+    for (std::size_t h = 0; h < 2; ++h) {
+        tank_allpass_in[h].ring.pushed(n);
+        tank_delay_in[h].pushed(n);
+        tank_allpass_out[h].ring.pushed(n);
+        tank_delay_out[h].pushed(n);
+    }
+}
+
+VESK_INLINE std::array<const FrameRing*, 14> Reverb::tapped_rings() const noexcept {
     const auto& [in0, in1] = tank_delay_in;
     const auto& [out0, out1] = tank_delay_out;
     const FrameRing& mid0 = tank_allpass_out[0].ring;
     const FrameRing& mid1 = tank_allpass_out[1].ring;
-    const auto tap = [&](const FrameRing& ring, std::size_t i)
-                         VESK_LAMBDA { return read_behind(ring, output_taps[i], n); };
-    constexpr float tap_gain = 0.6f;
-    const auto sum = [](Oct p, Oct q, Oct r, Oct s, Oct t, Oct u, Oct v)
-                         VESK_LAMBDA { return tap_gain * (p + q - r + s - t - u - v); };
-    return {map_run(n, sum, tap(in1, 0), tap(in1, 1), tap(mid1, 2), tap(out1, 3), tap(in0, 4),
-                    tap(mid0, 5), tap(out0, 6)),
-            map_run(n, sum, tap(in0, 7), tap(in0, 8), tap(mid0, 9), tap(out0, 10), tap(in1, 11),
-                    tap(mid1, 12), tap(out1, 13))};
+    return {&in1, &in1, &mid1, &out1, &in0, &mid0, &out0,
+            &in0, &in0, &mid0, &out0, &in1, &mid1, &out1};
 }
 
-VESK_INLINE Reverb::Sums Reverb::process_piece(const Run& x, const Run& phases,
-                                               std::size_t n) noexcept {
-    predelay.push(x.frames, n);
-    Recursions r = recur(read_behind(predelay, predelay_samples, n), phases, n);
-    Run& y = r.band_limited;
-    for (AllPass& diffuser : diffusers) diffuser.process(y, n);
+VESK_INLINE Reverb::Taps Reverb::taps() const noexcept {
+    const auto rings = tapped_rings();
+    Taps places;
+    for (std::size_t t = 0; t < places.size(); ++t) places[t] = rings[t]->run_at(output_taps[t]);
+    return places;
+}
 
-    // Each half takes the other's end, read before anything is pushed.
-    const Oct gain = pairs(decay);
-    const auto fed = [=](Oct in, Oct end) VESK_LAMBDA { return in + gain * end; };
-    const Run t1 = map_run(n, fed, y, read_oldest(tank_delay_out[0], n));
-    const Run t0 = map_run(n, fed, y, read_oldest(tank_delay_out[1], n));
-    const auto half = [&](std::size_t h, const Run& t) VESK_LAMBDA {
-        const Run u = tank_allpass_in[h].process(t, r.interpolated[h], n);
-        tank_delay_in[h].push(u.frames, n);
-        Run out = map_run(
-            n, [=](Oct f) VESK_LAMBDA { return gain * f; }, r.damped[h]);
-        tank_allpass_out[h].process(out, n);
-        tank_delay_out[h].push(out.frames, n);
+template <class T>
+VESK_INLINE Reverb::Sums<T> Reverb::sum_taps(const Taps& taps, std::size_t i) noexcept {
+    const auto sum = [&](std::size_t t) VESK_LAMBDA {
+        const auto tap = [&](std::size_t k) VESK_LAMBDA { return load<T>(taps[t + k] + i); };
+        return 0.6f * (tap(0) + tap(1) - tap(2) + tap(3) - tap(4) - tap(5) - tap(6));
     };
-    half(0, t0);
-    half(1, t1);
-    return sum_taps(n);
+    return {sum(0), sum(7)};
+}
+
+VESK_INLINE void Reverb::pass(const Run& x, const Run& phases, std::size_t n) noexcept {
+    Pair* const in = predelay.room(n);
+    in_fours(n, [&]<class T>(std::size_t i) VESK_LAMBDA {
+        store(in + n - i - frames_of<T>, reversed<sizeof(Pair)>(x.at<T>(i)));
+    });
+    predelay.pushed(n);
+    pass_network(recur(predelay.run_at(predelay_samples), phases, n), n);
 }
 
 VESK_INLINE Run Reverb::process(const Run& x, const Run& phases, std::size_t n) noexcept {
-    const auto heard = [](Oct a, Oct b) VESK_LAMBDA { return left_and_right(a, b); };
-    if (n <= longest_piece_) [[likely]] {
-        const Sums sums = process_piece(x, phases, n);
-        return map_run(n, heard, sums.a, sums.b);
-    }
+    const auto heard = [this](std::size_t count, Pair* out) VESK_LAMBDA {
+        const Taps places = taps();
+        in_fours(count, [&]<class T>(std::size_t i) VESK_LAMBDA {
+            const Sums<T> sums = sum_taps<T>(places, i);
+            store(out + count - i - frames_of<T>,
+                  reversed<sizeof(Pair)>(left_and_right(sums.a, sums.b)));
+        });
+    };
     Run out;
+    if (n <= longest_piece_) [[likely]] {
+        pass(x, phases, n);
+        heard(n, out.frames);
+        return out;
+    }
     for (std::size_t first = 0; first < n; first += longest_piece_) {
         const std::size_t count = smaller(longest_piece_, n - first);
-        const Sums sums = process_piece(x.slice(first, count), phases.slice(first, count), count);
-        for (std::size_t i = 0; i < count; ++i) out[first + i] = Pair{sums.a[i][0], sums.b[i][1]};
+        pass(x.slice(first, count), phases.slice(first, count), count);
+        heard(count, out.frames + first);
     }
-    out.finish(n);
     return out;
 }
 

@@ -18,7 +18,7 @@ struct Arrivals {
 Arrivals first_arrivals(Reverb& reverb, int limit) {
     Arrivals found;
     for (int n = 0; n < limit; ++n) {
-        const Reverb::FrameSums sums = reverb.process(both(n == 0 ? 1.0f : 0.0f));
+        const Reverb::Sums<Pair> sums = reverb.process(both(n == 0 ? 1.0f : 0.0f));
         if (found.a < 0 && sums.a[0] != 0.0f) found.a = n;
         if (found.b < 0 && sums.b[1] != 0.0f) found.b = n;
     }
@@ -28,7 +28,7 @@ Arrivals first_arrivals(Reverb& reverb, int limit) {
 double energy(Reverb& reverb, int samples, bool impulse) {
     double sum = 0.0;
     for (int n = 0; n < samples; ++n) {
-        const Reverb::FrameSums sums = reverb.process(both(impulse && n == 0 ? 1.0f : 0.0f));
+        const Reverb::Sums<Pair> sums = reverb.process(both(impulse && n == 0 ? 1.0f : 0.0f));
         sum += static_cast<double>(sums.a[0]) * static_cast<double>(sums.a[0]);
     }
     return sum;
@@ -105,8 +105,8 @@ TEST(Reverb, LanesMeetNowhereAndEqualLanesStayEqual) {
     for (int n = 0; n < 30000; ++n) {
         const float left = std::sin(static_cast<float>(n) * 0.05f);
         const float right = n % 5000 == 0 ? 1.0f : 0.0f;
-        const Reverb::FrameSums a = one.process(Pair{left, right});
-        const Reverb::FrameSums b = two.process(both(left));
+        const Reverb::Sums<Pair> a = one.process(Pair{left, right});
+        const Reverb::Sums<Pair> b = two.process(both(left));
         ASSERT_EQ(a.a[0], b.a[0]) << n;
         ASSERT_EQ(a.b[0], b.b[0]) << n;
         ASSERT_EQ(b.a[0], b.a[1]) << n;
