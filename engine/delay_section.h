@@ -96,6 +96,9 @@ struct DelaySection {
 private:
     VESK_INLINE void plan_tape(const Run& rate, std::size_t n, ReadPlan& plan) noexcept;
     VESK_INLINE void plan_crossfade(const Run& rate, std::size_t n, ReadPlan& plan) noexcept;
+    template <class T>
+    VESK_INLINE T read_head(const ReadPlan::Lane& left, const ReadPlan::Lane& right,
+                            std::size_t first, std::size_t i) const noexcept;
     VESK_INLINE void begin_crossfade() noexcept;
     // While the delay rests the heads alternate on one position: what one finds the other finds.
     VESK_INLINE bool heads_alike() const noexcept;
@@ -132,11 +135,6 @@ VESK_INLINE std::size_t ReadPlan::free_frames(std::size_t first, std::size_t n) 
     return static_cast<std::size_t>(least);
 }
 
-// The four points around a position on a line, position - 1 first.
-VESK_INLINE Quad points_at(const CircularBuffer<float>& line, std::int32_t i) noexcept {
-    return load<Quad>(line.run_at(static_cast<std::uint64_t>(i) - 1));
-}
-
 VESK_INLINE Pair DelaySection::wanted_delay() const noexcept {
     const Pair wanted = delay_time * sample_rate;
     return wanted < 1.0f ? both(1.0f) : wanted;
@@ -169,7 +167,7 @@ VESK_INLINE void DelaySection::plan_tape(const Run& rate, std::size_t n, ReadPla
         glided[i] = smoothed_delay;
     }
     const Run products = map_run(
-        n, [](auto r, auto d) VESK_LAMBDA { return (r / d) * fixed_point_one; }, rate, glided);
+        n, [](auto r, auto d) VESK_LAMBDA { return limited_entry((r / d) * fixed_point_one); }, rate, glided);
     tape_head.locate(Entries(products, n), both(1.0f), 0, n, plan.lanes[0].found,
                      plan.lanes[1].found);
 }
@@ -202,7 +200,7 @@ VESK_INLINE bool DelaySection::heads_alike() const noexcept {
 VESK_INLINE void DelaySection::plan_crossfade(const Run& rate, std::size_t n,
                                               ReadPlan& plan) noexcept {
     const Run products = map_run(
-        n, [](auto r) VESK_LAMBDA { return r * fixed_point_one; }, rate);
+        n, [](auto r) VESK_LAMBDA { return limited_entry(r * fixed_point_one); }, rate);
     const Entries pushed(products, n);
     auto& [h0, h1] = crossfade_heads;
     auto& [left0, right0, left1, right1] = plan.lanes;
@@ -222,54 +220,74 @@ VESK_INLINE void DelaySection::plan_crossfade(const Run& rate, std::size_t n,
                 right1.found.copy(right0.found, first, end);
             }
         }
-        for (std::size_t i = first; i < end; ++i) {
-            plan.weight[i] = crossfade_position;
-            if (crossfade_remaining == 0) break;
-            // Computed back from the target, so that a fade ends on it exactly; serves the next
-            // sample.
-            --crossfade_remaining;
-            crossfade_position =
-                crossfade_target - signed_float(crossfade_remaining) * crossfade_step;
-        }
+        plan.weight[first] = crossfade_position;
+        if (crossfade_remaining == 0) continue;
+        // Computed back from the target, so that a fade ends on it exactly; what a sample leaves
+        // serves the next one.
+        const auto remaining = static_cast<std::int32_t>(crossfade_remaining);
+        const auto later = [&](std::size_t i) VESK_LAMBDA {
+            const auto left = remaining - static_cast<std::int32_t>(i - first);
+            return crossfade_target - static_cast<float>(left) * crossfade_step;
+        };
+        for (std::size_t i = first + 1; i < end; ++i) plan.weight[i] = later(i);
+        crossfade_position = later(end);
+        crossfade_remaining -= end - first;
     }
 }
 
-// n reads of one lane, from frame first of the plan on.
-VESK_INLINE void read_lane(const CircularBuffer<float>& line, const ReadPlan::Lane& lane,
-                           std::size_t first, std::size_t n, float* out) noexcept {
+// Where on a line the four points around a position begin; distance is its whole part, less one.
+template <class Ints>
+VESK_INLINE Ints points_at(const CircularBuffer<float>& line, Ints distance) noexcept {
+    const auto size = static_cast<std::int32_t>(line.size);
+    const Ints at = distance + static_cast<std::int32_t>(line.head);
+    return at >= size ? at - size : at;
+}
+
+// What one head reads for frame i of a piece that begins at frame first of the plan, or for four
+// frames: then all four of the left channel come first.
+template <class T>
+VESK_INLINE T DelaySection::read_head(const ReadPlan::Lane& left, const ReadPlan::Lane& right,
+                                      std::size_t first, std::size_t i) const noexcept {
+    const float* const l = delay_left.storage.get();
+    const float* const r = delay_right.storage.get();
     // A frame's reads lie as much nearer as frames before it in this piece are unwritten.
-    const auto points = [&](std::size_t i) VESK_LAMBDA {
-        return points_at(line, lane.index[first + i] - static_cast<std::int32_t>(i));
-    };
-    std::size_t i = 0;
-    for (; i + lanes_of<Quad> <= n; i += lanes_of<Quad>) {
-        const Columns p = columns(points(i), points(i + 1), points(i + 2), points(i + 3));
-        store(out + i,
-              hermite_interpolate(p.a, p.b, p.c, p.d, load<Quad>(lane.fraction + first + i)));
-    }
-    for (; i < n; ++i) {
-        const Quad p = points(i);
-        out[i] = hermite_interpolate(p[0], p[1], p[2], p[3], lane.fraction[first + i]);
+    const std::int32_t unwritten = static_cast<std::int32_t>(i) + 1;
+    if constexpr (std::is_same_v<T, Pair>) {
+        const Quad a = load<Quad>(l + points_at(delay_left, left.index[first + i] - unwritten));
+        const Quad b = load<Quad>(r + points_at(delay_right, right.index[first + i] - unwritten));
+        const Pair t{left.fraction[first + i], right.fraction[first + i]};
+        return hermite_interpolate(Pair{a[0], b[0]}, Pair{a[1], b[1]}, Pair{a[2], b[2]},
+                                   Pair{a[3], b[3]}, t);
+    } else {
+        const IntQuad nearer = unwritten + IntQuad{0, 1, 2, 3};
+        const auto places = [&](const CircularBuffer<float>& line, const ReadPlan::Lane& lane)
+                                VESK_LAMBDA {
+            return points_at(line, load<IntQuad>(lane.index + first + i) - nearer);
+        };
+        const IntQuad a = places(delay_left, left);
+        const IntQuad b = places(delay_right, right);
+        const auto points = [&](int k)
+                                VESK_LAMBDA { return joined(load<Quad>(l + a[k]), load<Quad>(r + b[k])); };
+        const Columns p = columns(points(0), points(1), points(2), points(3));
+        const Oct t = joined(load<Quad>(left.fraction + first + i),
+                             load<Quad>(right.fraction + first + i));
+        return hermite_interpolate(p.a, p.b, p.c, p.d, t);
     }
 }
 
 VESK_INLINE Run DelaySection::read_delay(const ReadPlan& plan, std::size_t first,
                                          std::size_t n) const noexcept {
-    alignas(Oct) float read[4][longest_run];
-    for (int lane = 0; lane < plan.lanes_in_use(); ++lane)
-        read_lane(lane % 2 == 0 ? delay_left : delay_right, plan.lanes[lane], first, n, read[lane]);
-    const auto& second = plan.one_position ? read[0] : read[2];
-    const auto& second_right = plan.one_position ? read[1] : read[3];
+    const auto& [left0, right0, left1, right1] = plan.lanes;
     Run out;
     in_fours(n, [&]<class T>(std::size_t i) VESK_LAMBDA {
-        using Channel = Side<T>;
-        const auto channel = [&](const float* a, const float* b) VESK_LAMBDA {
-            const Channel of_head_0 = load<Channel>(a + i);
-            if (repitch) return of_head_0;
-            const Channel x = load<Channel>(plan.weight + first + i);
-            return load<Channel>(b + i) * x + (1.0f - x) * of_head_0;
-        };
-        out.set(i, interleaved(channel(read[0], second), channel(read[1], second_right)));
+        T x = read_head<T>(left0, right0, first, i);
+        if (!repitch) {
+            const T y = plan.one_position ? x : read_head<T>(left1, right1, first, i);
+            const auto weight = load<Side<T>>(plan.weight + first + i);
+            const T w = side_by_side(weight, weight);
+            x = y * w + (1.0f - w) * x;
+        }
+        out.set(i, interleaved(x));
     });
     return out;
 }

@@ -79,9 +79,10 @@ VESK_INLINE float Gate::step(float peak) noexcept {
     gate_envelope = larger((1.0f - gate_peak_coefficient) * gate_envelope, peak);
     gate_open =
         (gate_open || gate_envelope > gate_open_threshold) && gate_envelope > gate_close_threshold;
-    const float c = gate_open ? gate_attack_coefficient : gate_release_coefficient;
-    const float goal = gate_open ? 1.0f : 0.0f;
-    gate_gain = goal * c + (1.0f - c) * gate_gain;
+    // Both ways out of what they share: a choice between two results, not a branch.
+    const float opening = gate_attack_coefficient + (1.0f - gate_attack_coefficient) * gate_gain;
+    const float closing = (1.0f - gate_release_coefficient) * gate_gain;
+    gate_gain = gate_open ? opening : closing;
     return gate_gain;
 }
 

@@ -133,6 +133,19 @@ VESK_INLINE Pair interleaved(float left, float right) noexcept {
 VESK_INLINE Oct interleaved(Quad left, Quad right) noexcept {
     return __builtin_shufflevector(left, right, 0, 4, 1, 5, 2, 6, 3, 7);
 }
+// The same with all lefts before the rights.
+VESK_INLINE Pair side_by_side(float left, float right) noexcept {
+    return Pair{left, right};
+}
+VESK_INLINE Oct side_by_side(Quad left, Quad right) noexcept {
+    return joined(left, right);
+}
+VESK_INLINE Pair interleaved(Pair side_by_side) noexcept {
+    return side_by_side;
+}
+VESK_INLINE Oct interleaved(Oct side_by_side) noexcept {
+    return interleaved(first_half(side_by_side), second_half(side_by_side));
+}
 
 // Elements of 4 or 8 bytes in the opposite order; one element stays.
 template <std::size_t Bytes, class T>
@@ -161,23 +174,28 @@ VESK_INLINE T pairs(Pair x) noexcept {
     }
 }
 template <class T>
+VESK_INLINE Integers<T> pairs(IntPair x) noexcept {
+    return __builtin_bit_cast(Integers<T>, pairs<T>(__builtin_bit_cast(Pair, x)));
+}
+template <class T>
 VESK_INLINE T pairs(float left, float right) noexcept {
     return pairs<T>(Pair{left, right});
 }
 
-// Four vectors of four turned: the first lanes, the second ones and so on.
+// Four vectors turned, each half for itself: the first lanes of every half, the second ones and so
+// on.
 struct Columns {
-    Quad a, b, c, d;
+    Oct a, b, c, d;
 };
-VESK_INLINE Columns columns(Quad p, Quad q, Quad r, Quad s) noexcept {
-    const Quad pq = __builtin_shufflevector(p, q, 0, 4, 1, 5);
-    const Quad rs = __builtin_shufflevector(r, s, 0, 4, 1, 5);
-    const Quad pq_high = __builtin_shufflevector(p, q, 2, 6, 3, 7);
-    const Quad rs_high = __builtin_shufflevector(r, s, 2, 6, 3, 7);
-    return {__builtin_shufflevector(pq, rs, 0, 1, 4, 5),
-            __builtin_shufflevector(pq, rs, 2, 3, 6, 7),
-            __builtin_shufflevector(pq_high, rs_high, 0, 1, 4, 5),
-            __builtin_shufflevector(pq_high, rs_high, 2, 3, 6, 7)};
+VESK_INLINE Columns columns(Oct p, Oct q, Oct r, Oct s) noexcept {
+    const Oct pq = __builtin_shufflevector(p, q, 0, 8, 1, 9, 4, 12, 5, 13);
+    const Oct rs = __builtin_shufflevector(r, s, 0, 8, 1, 9, 4, 12, 5, 13);
+    const Oct pq_high = __builtin_shufflevector(p, q, 2, 10, 3, 11, 6, 14, 7, 15);
+    const Oct rs_high = __builtin_shufflevector(r, s, 2, 10, 3, 11, 6, 14, 7, 15);
+    return {__builtin_shufflevector(pq, rs, 0, 1, 8, 9, 4, 5, 12, 13),
+            __builtin_shufflevector(pq, rs, 2, 3, 10, 11, 6, 7, 14, 15),
+            __builtin_shufflevector(pq_high, rs_high, 0, 1, 8, 9, 4, 5, 12, 13),
+            __builtin_shufflevector(pq_high, rs_high, 2, 3, 10, 11, 6, 7, 14, 15)};
 }
 
 template <class T>

@@ -22,8 +22,13 @@ constexpr float fixed_point_one = 4294967296.0f;  // 32 fractional bits
 constexpr float largest_entry = 4611685743549480960.0f;
 constexpr float largest_span = 2305843009213693952.0f;
 
-VESK_INLINE std::int64_t fixed_point(float x, float limit) noexcept {
-    return static_cast<std::int64_t>(smaller(x, limit));  // not a number counts as the limit
+// What is not a number counts as the limit.
+template <class T>
+VESK_INLINE T limited_entry(T x) noexcept {
+    return smaller(x, all<T>(largest_entry));
+}
+VESK_INLINE float limited_span(float x) noexcept {
+    return smaller(x, largest_span);
 }
 
 // A read position on a ring of entries.
@@ -41,10 +46,10 @@ struct Entries {
     std::int64_t left[longest_run];
     std::int64_t right[longest_run];
 
-    VESK_INLINE Entries(const Run& products, std::size_t n) noexcept {
+    VESK_INLINE Entries(const Run& limited, std::size_t n) noexcept {
         for (std::size_t i = 0; i < n; ++i) {
-            left[i] = fixed_point(products[i][0], largest_entry);
-            right[i] = fixed_point(products[i][1], largest_entry);
+            left[i] = static_cast<std::int64_t>(limited[i][0]);
+            right[i] = static_cast<std::int64_t>(limited[i][1]);
         }
     }
 };
@@ -99,7 +104,7 @@ struct Scan {
                      float samples) noexcept
         : entries(ring.storage.get()),
           size(static_cast<std::int64_t>(ring.size)),
-          span(fixed_point(samples * fixed_point_one, largest_span)),
+          span(static_cast<std::int64_t>(limited_span(samples * fixed_point_one))),
           place(static_cast<std::int64_t>(ring.index(cursor.offset))),
           left(span - cursor.sum) {}
 

@@ -56,12 +56,17 @@ struct MatchedLowpass {
     Pair low_gain = both(1.0f);
     Pair high_gain{};
 
-    // One step, for one or two signals at once; gain is step_gain().
+    // What the filter lets pass, one step, for one or two signals at once; gain is step_gain().
     template <class T>
-    VESK_INLINE T process(T x, T& state, T gain, T high, T low) const noexcept;
+    VESK_INLINE static T pass(T x, T& state, T gain) noexcept;
     VESK_INLINE Pair step_gain() const noexcept { return coefficient / (coefficient + 2.0f); }
+    // Its output for x and what passed of it.
+    template <class T>
+    VESK_INLINE T shelve(T x, T passed) const noexcept {
+        return pairs<T>(high_gain) * (x - passed) + pairs<T>(low_gain) * passed;
+    }
     Pair process(Pair x, Pair& state) const noexcept {
-        return process(x, state, step_gain(), high_gain, low_gain);
+        return shelve(x, pass(x, state, step_gain()));
     }
 };
 
@@ -120,9 +125,9 @@ private:
     // What the recursive parts give for a piece; none of them waits for the piece's own input but
     // the first.
     struct Recursions {
-        Run band_limited;
+        Run band_passed;                  // of the predelayed input, by bandwidth_filter
+        std::array<Run, 2> damp_passed;   // of the ends of tank_delay_in, by damping_filter
         std::array<Run, 2> interpolated;  // by tank_allpass_in
-        std::array<Run, 2> damped;        // the ends of tank_delay_in
     };
     using Taps = std::array<const Pair*, 14>;
 
@@ -131,7 +136,8 @@ private:
     VESK_INLINE Run sway(const Run& phases, std::size_t n) const noexcept;
     VESK_INLINE Recursions recur(const Pair* predelayed, const Run& phases,
                                  std::size_t n) noexcept;
-    VESK_INLINE void pass_network(const Recursions& recursions, std::size_t n) noexcept;
+    VESK_INLINE void pass_network(const Pair* predelayed, const Recursions& recursions,
+                                  std::size_t n) noexcept;
     VESK_INLINE std::array<const FrameRing*, 14> tapped_rings() const noexcept;
     // Where the output taps stand for the newest frame, and what they sum to i frames before it.
     VESK_INLINE Taps taps() const noexcept;
@@ -145,12 +151,11 @@ private:
 };
 
 template <class T>
-VESK_INLINE T MatchedLowpass::process(T x, T& state, T gain, T high, T low) const noexcept {
+VESK_INLINE T MatchedLowpass::pass(T x, T& state, T gain) noexcept {
     const T v = (x - state) * gain;
     const T passed = state + v;
-    const T stopped = x - passed;
     state = state + (v + v);
-    return high * stopped + low * passed;
+    return passed;
 }
 
 VESK_INLINE Pair Reverb::phases_after(Pair phases) const noexcept {
@@ -176,31 +181,29 @@ VESK_INLINE Reverb::Recursions Reverb::recur(const Pair* predelayed, const Run& 
     const Pair* const end0 = tank_delay_in[0].room(n);
     const Pair* const end1 = tank_delay_in[1].room(n);
 
-    // Where between its samples each interpolator reads, and with which weight.
-    const auto last = [](const FrameRing& ring) VESK_LAMBDA {
-        return static_cast<float>(static_cast<std::int64_t>(ring.size - 2));
+    // Where between two samples each interpolator reads: their places, and the weight between them.
+    const auto whole_number = [](std::uint64_t x) VESK_LAMBDA {
+        return static_cast<std::int32_t>(x);
     };
-    const Pair most{last(m0.ring), last(m1.ring)};
-    const Run position = map_run(
-        n,
-        [=]<class T>(T d) VESK_LAMBDA {
-            const T e = d - 1.0f;
-            return pairs<T>(most) >= e ? larger(e, T{}) : pairs<T>(most);
-        },
-        sway(phases, n));
-    const Run weight = map_run(
-        n,
-        [](auto p) VESK_LAMBDA {
-            const auto t = p - floats(whole(p));
-            return (1.0f - t) / (1.0f + t);
-        },
-        position);
+    const IntPair size{whole_number(m0.ring.size), whole_number(m1.ring.size)};
+    const IntPair head{whole_number(m0.ring.head), whole_number(m1.ring.head)};
+    const Pair most = floats(size - 2);
+    const Run delays = sway(phases, n);
+    Run weight;
+    IntPair place[longest_run];
+    in_fours(n, [&]<class T>(std::size_t i) VESK_LAMBDA {
+        const T e = delays.at<T>(i) - 1.0f;
+        const T position = pairs<T>(most) >= e ? larger(e, T{}) : pairs<T>(most);
+        const Integers<T> whole_part = whole(position);
+        const T t = position - floats(whole_part);
+        weight.set(i, (1.0f - t) / (1.0f + t));
+        // The piece's own pushes are still to come: the distance is that much shorter.
+        const Integers<T> at = whole_part + pairs<T>(head) - frames_from<T>(i);
+        store(place + i, at >= pairs<T>(size) ? at - pairs<T>(size) : at);
+    });
 
-    const auto twice = [](Pair x) VESK_LAMBDA { return quad(x, x); };
     const Pair band_gain = bandwidth_filter.step_gain();
-    const Quad damp_gain = twice(damping_filter.step_gain());
-    const Quad damp_high = twice(damping_filter.high_gain);
-    const Quad damp_low = twice(damping_filter.low_gain);
+    const Quad damp_gain = quad(damping_filter.step_gain(), damping_filter.step_gain());
     Pair band = bandwidth_state;
     Quad damp = quad(damping_state[0], damping_state[1]);
     Quad between = quad(m0.interpolator_state, m1.interpolator_state);
@@ -208,18 +211,14 @@ VESK_INLINE Reverb::Recursions Reverb::recur(const Pair* predelayed, const Run& 
     // Three chains side by side, each of which would wait for itself alone.
     for (std::size_t i = 0; i < n; ++i) {
         const std::size_t to = n - 1 - i;
-        out.band_limited[to] = bandwidth_filter.process(
-            predelayed[to], band, band_gain, bandwidth_filter.high_gain, bandwidth_filter.low_gain);
+        out.band_passed[to] = MatchedLowpass::pass(predelayed[to], band, band_gain);
 
-        const Quad damped =
-            damping_filter.process(quad(end0[to], end1[to]), damp, damp_gain, damp_high, damp_low);
-        out.damped[0][to] = low_half(damped);
-        out.damped[1][to] = high_half(damped);
+        const Quad damped = MatchedLowpass::pass(quad(end0[to], end1[to]), damp, damp_gain);
+        out.damp_passed[0][to] = low_half(damped);
+        out.damp_passed[1][to] = high_half(damped);
 
-        // The piece's own pushes are still to come: the distance is that much shorter.
-        const IntPair k = whole(position[i]) - static_cast<std::int32_t>(i);
-        const Quad p0 = load<Quad>(m0.ring.run_at(static_cast<std::uint64_t>(k[0])));
-        const Quad p1 = load<Quad>(m1.ring.run_at(static_cast<std::uint64_t>(k[1])));
+        const Quad p0 = load<Quad>(m0.ring.storage.get() + place[i][0]);
+        const Quad p1 = load<Quad>(m1.ring.storage.get() + place[i][1]);
         const Pair w = weight[i];
         const Quad a = __builtin_shufflevector(w, w, 0, 0, 1, 1);
         between =
@@ -234,7 +233,8 @@ VESK_INLINE Reverb::Recursions Reverb::recur(const Pair* predelayed, const Run& 
     return out;
 }
 
-VESK_INLINE void Reverb::pass_network(const Recursions& recursions, std::size_t n) noexcept {
+VESK_INLINE void Reverb::pass_network(const Pair* predelayed, const Recursions& recursions,
+                                      std::size_t n) noexcept {
     const auto room = [n](auto& stage) VESK_LAMBDA { return stage.ring.room(n); };
     Pair* const diffused[] = {room(diffusers[0]), room(diffusers[1]), room(diffusers[2]),
                               room(diffusers[3])};
@@ -246,7 +246,7 @@ VESK_INLINE void Reverb::pass_network(const Recursions& recursions, std::size_t 
     for (std::size_t h = 0; h < 2; ++h) tank_allpass_out[h].last_read = *out[h];
 
     in_fours(n, [&]<class T>(std::size_t i) VESK_LAMBDA {
-        T y = recursions.band_limited.at<T>(i);
+        T y = bandwidth_filter.shelve(load<T>(predelayed + i), recursions.band_passed.at<T>(i));
         y = diffusers[0].step(y, diffused[0] + i);
         y = diffusers[1].step(y, diffused[1] + i);
         y = diffusers[2].step(y, diffused[2] + i);
@@ -257,9 +257,10 @@ VESK_INLINE void Reverb::pass_network(const Recursions& recursions, std::size_t 
         const T into0 = y + gain * load<T>(delay_out[1] + i);
         const auto half = [&](std::size_t h, T into) VESK_LAMBDA {
             const T read = recursions.interpolated[h].at<T>(i);
+            const T end = load<T>(delay_in[h] + i);
             store(delay_in[h] + i, tank_allpass_in[h].step(into, read, in[h] + i));
-            const T damped = gain * recursions.damped[h].at<T>(i);
-            store(delay_out[h] + i, tank_allpass_out[h].step(damped, out[h] + i));
+            const T damped = damping_filter.shelve(end, recursions.damp_passed[h].at<T>(i));
+            store(delay_out[h] + i, tank_allpass_out[h].step(gain * damped, out[h] + i));
         };
         half(0, into0);
         half(1, into1);
@@ -305,7 +306,8 @@ VESK_INLINE void Reverb::pass(const Run& x, const Run& phases, std::size_t n) no
         store(in + n - i - frames_of<T>, reversed<sizeof(Pair)>(x.at<T>(i)));
     });
     predelay.pushed(n);
-    pass_network(recur(predelay.run_at(predelay_samples), phases, n), n);
+    const Pair* const predelayed = predelay.run_at(predelay_samples);
+    pass_network(predelayed, recur(predelayed, phases, n), n);
 }
 
 VESK_INLINE Run Reverb::process(const Run& x, const Run& phases, std::size_t n) noexcept {

@@ -18,6 +18,16 @@ constexpr std::size_t longest_run = 32;  // frames
 template <class T>
 constexpr std::size_t frames_of = sizeof(T) / sizeof(Pair);
 
+// The numbers of the frames from i on, in both lanes of each.
+template <class T>
+VESK_INLINE Integers<T> frames_from(std::size_t i) noexcept {
+    const auto first = static_cast<std::int32_t>(i);
+    if constexpr (std::is_same_v<T, Pair>)
+        return IntPair{first, first};
+    else
+        return first + IntOct{0, 0, 1, 1, 2, 2, 3, 3};
+}
+
 struct alignas(Oct) Run {
     Pair frames[longest_run];
 
