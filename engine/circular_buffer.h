@@ -56,7 +56,9 @@ struct CircularBuffer {
     }
     // Where the next count pushes go, the last one first; the oldest elements stand there. They
     // count as pushed after pushed(count).
-    VESK_INLINE T* room(std::uint64_t count) const noexcept { return storage.get() + behind(count); }
+    VESK_INLINE T* room(std::uint64_t count) const noexcept {
+        return storage.get() + behind(count);
+    }
     VESK_INLINE void pushed(std::uint64_t count) noexcept {
         head = behind(count);
         if (head < repeated || head + count > size) [[unlikely]]
@@ -97,9 +99,8 @@ std::size_t next_ring_offset() noexcept;
 template <class T>
 CircularBuffer<T>::CircularBuffer(std::uint64_t elements) : size(elements) {
     const std::size_t before = next_ring_offset();
-    auto* const block =
-        static_cast<std::byte*>(::operator new(
-            before + (elements + repeated) * sizeof(T), alignment));
+    auto* const block = static_cast<std::byte*>(
+        ::operator new(before + (elements + repeated) * sizeof(T), alignment));
     storage = std::unique_ptr<T[], Release>(reinterpret_cast<T*>(block + before), Release{before});
     // Written, not left to the system: no page of the ring is touched for the first time by audio.
     std::uninitialized_fill_n(storage.get(), elements + repeated, T{});

@@ -34,7 +34,7 @@ struct ReadPlan {
     Lane lanes[4];              // left and right of head 0, then of head 1
     float limit[longest_run];   // the oldest readable position
     float weight[longest_run];  // of head 1
-    bool one_position = true;  // both heads, or the only one, read as lanes 0 and 1 say
+    bool one_position = true;   // both heads, or the only one, read as lanes 0 and 1 say
 
     // From findings to positions, for n frames.
     VESK_INLINE void resolve(std::size_t n) noexcept;
@@ -97,8 +97,8 @@ private:
     VESK_INLINE void plan_tape(const Run& rate, std::size_t n, ReadPlan& plan) noexcept;
     VESK_INLINE void plan_crossfade(const Run& rate, std::size_t n, ReadPlan& plan) noexcept;
     template <class T>
-    VESK_INLINE T read_head(const ReadPlan::Lane& left, const ReadPlan::Lane& right,
-                            std::size_t first, std::size_t i) const noexcept;
+    VESK_INLINE T read_head(const ReadPlan::Lane* lanes, std::size_t first,
+                            std::size_t i) const noexcept;
     VESK_INLINE void begin_crossfade() noexcept;
     // While the delay rests the heads alternate on one position: what one finds the other finds.
     VESK_INLINE bool heads_alike() const noexcept;
@@ -159,15 +159,24 @@ VESK_INLINE ReadPlan DelaySection::plan_reads(const Run& speed, std::size_t n) n
 VESK_INLINE void DelaySection::plan_tape(const Run& rate, std::size_t n, ReadPlan& plan) noexcept {
     const Pair wanted = wanted_delay();
     const Pair k = delay_smoothing_coefficient;
+    // Where rounding has stopped the smoother short of its goal it snaps onto it.
+    const auto after = [&](Pair x) VESK_LAMBDA {
+        const Pair next = (1.0f - k) * x + wanted * k;
+        return next == x ? wanted : next;
+    };
+    const auto same = [](Pair a, Pair b) VESK_LAMBDA { return a[0] == b[0] && a[1] == b[1]; };
     Run glided;
-    for (std::size_t i = 0; i < n; ++i) {
-        const Pair next = (1.0f - k) * smoothed_delay + wanted * k;
-        // Where rounding has stopped the smoother short of its goal it snaps onto it.
-        smoothed_delay = next == smoothed_delay ? wanted : next;
-        glided[i] = smoothed_delay;
+    if (same(smoothed_delay, wanted) && same(after(wanted), wanted)) {  // and so it stays
+        for (std::size_t i = 0; i < n; ++i) glided[i] = wanted;
+    } else {
+        for (std::size_t i = 0; i < n; ++i) {
+            smoothed_delay = after(smoothed_delay);
+            glided[i] = smoothed_delay;
+        }
     }
     const Run products = map_run(
-        n, [](auto r, auto d) VESK_LAMBDA { return limited_entry((r / d) * fixed_point_one); }, rate, glided);
+        n, [](auto r, auto d) VESK_LAMBDA { return limited_entry((r / d) * fixed_point_one); },
+        rate, glided);
     tape_head.locate(Entries(products, n), both(1.0f), 0, n, plan.lanes[0].found,
                      plan.lanes[1].found);
 }
@@ -246,8 +255,10 @@ VESK_INLINE Ints points_at(const CircularBuffer<float>& line, Ints distance) noe
 // What one head reads for frame i of a piece that begins at frame first of the plan, or for four
 // frames: then all four of the left channel come first.
 template <class T>
-VESK_INLINE T DelaySection::read_head(const ReadPlan::Lane& left, const ReadPlan::Lane& right,
-                                      std::size_t first, std::size_t i) const noexcept {
+VESK_INLINE T DelaySection::read_head(const ReadPlan::Lane* lanes, std::size_t first,
+                                      std::size_t i) const noexcept {
+    const ReadPlan::Lane& left = lanes[0];
+    const ReadPlan::Lane& right = lanes[1];
     const float* const l = delay_left.storage.get();
     const float* const r = delay_right.storage.get();
     // A frame's reads lie as much nearer as frames before it in this piece are unwritten.
@@ -260,29 +271,29 @@ VESK_INLINE T DelaySection::read_head(const ReadPlan::Lane& left, const ReadPlan
                                    Pair{a[3], b[3]}, t);
     } else {
         const IntQuad nearer = unwritten + IntQuad{0, 1, 2, 3};
-        const auto places = [&](const CircularBuffer<float>& line, const ReadPlan::Lane& lane)
-                                VESK_LAMBDA {
+        const auto places = [&](const CircularBuffer<float>& line,
+                                const ReadPlan::Lane& lane) VESK_LAMBDA {
             return points_at(line, load<IntQuad>(lane.index + first + i) - nearer);
         };
         const IntQuad a = places(delay_left, left);
         const IntQuad b = places(delay_right, right);
-        const auto points = [&](int k)
-                                VESK_LAMBDA { return joined(load<Quad>(l + a[k]), load<Quad>(r + b[k])); };
+        const auto points = [&](int k) VESK_LAMBDA {
+            return joined(load<Quad>(l + a[k]), load<Quad>(r + b[k]));
+        };
         const Columns p = columns(points(0), points(1), points(2), points(3));
-        const Oct t = joined(load<Quad>(left.fraction + first + i),
-                             load<Quad>(right.fraction + first + i));
+        const Oct t =
+            joined(load<Quad>(left.fraction + first + i), load<Quad>(right.fraction + first + i));
         return hermite_interpolate(p.a, p.b, p.c, p.d, t);
     }
 }
 
 VESK_INLINE Run DelaySection::read_delay(const ReadPlan& plan, std::size_t first,
                                          std::size_t n) const noexcept {
-    const auto& [left0, right0, left1, right1] = plan.lanes;
     Run out;
     in_fours(n, [&]<class T>(std::size_t i) VESK_LAMBDA {
-        T x = read_head<T>(left0, right0, first, i);
+        T x = read_head<T>(plan.lanes, first, i);
         if (!repitch) {
-            const T y = plan.one_position ? x : read_head<T>(left1, right1, first, i);
+            const T y = plan.one_position ? x : read_head<T>(plan.lanes + 2, first, i);
             const auto weight = load<Side<T>>(plan.weight + first + i);
             const T w = side_by_side(weight, weight);
             x = y * w + (1.0f - w) * x;

@@ -192,8 +192,8 @@ VESK_INLINE void ReadHead::locate(const Entries& pushed, Pair spans, std::size_t
     };
     for (std::size_t frame = first; frame < end; ++frame) {
         const std::size_t begin = frame;
-        const auto free = static_cast<std::size_t>(
-            smaller(l.free_steps(head, valid), r.free_steps(head, valid)));
+        const auto free =
+            static_cast<std::size_t>(smaller(l.free_steps(head, valid), r.free_steps(head, valid)));
         const std::size_t stop = smaller(end, frame + free);
         const std::int64_t wrap_left = l.wrap(head);
         const std::int64_t wrap_right = r.wrap(head);

@@ -19,8 +19,8 @@ namespace orvane::blocks::vesk {
 
 using FrameRing = CircularBuffer<Pair>;
 
-// The two kinds of diffuser. A step takes one frame's lanes, or those of four frames, to their place
-// on the ring, where the oldest ones still stand.
+// The two kinds of diffuser. A step takes one frame's lanes, or those of four frames, to their
+// place on the ring, where the oldest ones still stand.
 struct AllPass {
     FrameRing ring;
     Pair coefficient;
@@ -134,8 +134,7 @@ private:
     VESK_INLINE void pass(const Run& x, const Run& phases, std::size_t n) noexcept;
     // Delays of tank_allpass_in in samples, half by half and in the order of the phases.
     VESK_INLINE Run sway(const Run& phases, std::size_t n) const noexcept;
-    VESK_INLINE Recursions recur(const Pair* predelayed, const Run& phases,
-                                 std::size_t n) noexcept;
+    VESK_INLINE Recursions recur(const Pair* predelayed, const Run& phases, std::size_t n) noexcept;
     VESK_INLINE void pass_network(const Pair* predelayed, const Recursions& recursions,
                                   std::size_t n) noexcept;
     VESK_INLINE std::array<const FrameRing*, 14> tapped_rings() const noexcept;
@@ -182,9 +181,8 @@ VESK_INLINE Reverb::Recursions Reverb::recur(const Pair* predelayed, const Run& 
     const Pair* const end1 = tank_delay_in[1].room(n);
 
     // Where between two samples each interpolator reads: their places, and the weight between them.
-    const auto whole_number = [](std::uint64_t x) VESK_LAMBDA {
-        return static_cast<std::int32_t>(x);
-    };
+    const auto whole_number = [](std::uint64_t x)
+                                  VESK_LAMBDA { return static_cast<std::int32_t>(x); };
     const IntPair size{whole_number(m0.ring.size), whole_number(m1.ring.size)};
     const IntPair head{whole_number(m0.ring.head), whole_number(m1.ring.head)};
     const Pair most = floats(size - 2);

@@ -67,7 +67,8 @@ VESK_INLINE void in_fours(std::size_t n, Body body) noexcept {
 template <class Formula, class... Runs>
 VESK_INLINE Run map_run(std::size_t n, Formula f, const Runs&... in) noexcept {
     Run out;
-    in_fours(n, [&]<class T>(std::size_t i) VESK_LAMBDA { out.set(i, f(in.template at<T>(i)...)); });
+    in_fours(n,
+             [&]<class T>(std::size_t i) VESK_LAMBDA { out.set(i, f(in.template at<T>(i)...)); });
     return out;
 }
 
