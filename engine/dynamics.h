@@ -57,11 +57,13 @@ struct Ducker {
     // Where the detector wants the gain to go, dB, and one frame's step towards it.
     VESK_INLINE Run targets(const Run& detector, std::size_t n) const noexcept;
     VESK_INLINE Pair step(Pair target) noexcept;
-    VESK_INLINE Run apply(const Run& wet, const Run& reduction, std::size_t n) const noexcept;
+    VESK_INLINE void apply(Run& wet, const Run& reduction, std::size_t n) const noexcept;
     // One frame of all.
     VESK_INLINE Pair process(Pair wet, Pair detector) noexcept {
         const Run reduction = run_of_one(step(targets(run_of_one(detector), 1)[0]));
-        return apply(run_of_one(wet), reduction, 1)[0];
+        Run ducked = run_of_one(wet);
+        apply(ducked, reduction, 1);
+        return ducked[0];
     }
 };
 
@@ -107,9 +109,9 @@ VESK_INLINE Pair Ducker::step(Pair target) noexcept {
     return reduction_db;
 }
 
-VESK_INLINE Run Ducker::apply(const Run& wet, const Run& reduction, std::size_t n) const noexcept {
-    return map_run(
-        n,
+VESK_INLINE void Ducker::apply(Run& wet, const Run& reduction, std::size_t n) const noexcept {
+    map_into(
+        wet, n,
         [this]<class T>(T r, T w)
             VESK_LAMBDA { return fast_db_to_gain(r) * pairs<T>(makeup_gain) * w; },
         reduction, wet);

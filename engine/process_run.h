@@ -37,12 +37,9 @@ VESK_INLINE Followed follow_input(Vesk& engine, const Run& x, std::size_t n) noe
         [=](auto a) VESK_LAMBDA { return magnitude(mid_side ? sum_and_difference(a) * 0.5f : a); },
         x);
     const Run peak = Gate::peaks(x, n);
-    Run target;
-    if (duck_on) {
-        const auto louder = [](auto a)
-                                VESK_LAMBDA { return larger(magnitude(a), swapped(magnitude(a))); };
-        target = engine.ducker.targets(map_run(n, louder, x), n);
-    }
+    const auto louder = [](auto a)
+                            VESK_LAMBDA { return larger(magnitude(a), swapped(magnitude(a))); };
+    const Run target = duck_on ? engine.ducker.targets(map_run(n, louder, x), n) : Run{};
     // Copies keep their state in registers; side by side no chain waits for another.
     Modulator modulator = engine.modulator;
     Gate gate = engine;
@@ -109,23 +106,21 @@ VESK_INLINE Run read_speed(Vesk& engine, const Followed& followed, std::size_t n
 // The input with its noise, gated by the raw input.
 VESK_INLINE Run played_signal(Vesk& engine, const Run& x, const Run& gate_gain,
                               std::size_t n) noexcept {
-    Run g;
-    if (engine.noise_on) {
-        const Run noise = next_values(engine.noise_bank, engine.noise_amount, n);
-        g = map_run(
-            n, [&](auto a, auto b) VESK_LAMBDA { return a * engine.input_gain + b; }, x, noise);
-    } else {
-        g = map_run(
-            n, [&](auto a) VESK_LAMBDA { return a * engine.input_gain + 0.0f; }, x);
-    }
-    if (!engine.gate_on) return g;
-    return map_run(
-        n, [](auto a, auto gain) VESK_LAMBDA { return a * gain; }, g, gate_gain);
+    Run g = engine.noise_on
+                ? map_run(
+                      n, [&](auto a, auto b) VESK_LAMBDA { return a * engine.input_gain + b; }, x,
+                      next_values(engine.noise_bank, engine.noise_amount, n))
+                : map_run(
+                      n, [&](auto a) VESK_LAMBDA { return a * engine.input_gain + 0.0f; }, x);
+    if (engine.gate_on)
+        map_into(
+            g, n, [](auto a, auto gain) VESK_LAMBDA { return a * gain; }, g, gate_gain);
+    return g;
 }
 
-VESK_INLINE Run sum_of(const Run& a, const Run& b, std::size_t n) noexcept {
-    return map_run(
-        n, [](auto p, auto q) VESK_LAMBDA { return p + q; }, a, b);
+VESK_INLINE void add(Run& x, const Run& y, std::size_t n) noexcept {
+    map_into(
+        x, n, [](auto p, auto q) VESK_LAMBDA { return p + q; }, x, y);
 }
 
 // What enters the lines: the played signal and what is fed back of s and, when the reverb is in the
@@ -167,7 +162,7 @@ VESK_INLINE Run mixed(const Vesk& engine, const Run& x, const Run& wet, const Ru
             return mid + side * pairs<T>(1.0f, -1.0f);
         },
         wet);
-    if (engine.duck_on) o = engine.ducker.apply(o, reduction, n);
+    if (engine.duck_on) engine.ducker.apply(o, reduction, n);
     const float wet_level = engine.output_gain * engine.wet_gain;
     const bool clipped = engine.clip_dry;
     return map_run(
@@ -188,7 +183,7 @@ VESK_INLINE Run process_planned(Vesk& engine, const Run& x, const Followed& foll
     const location_mode location = engine.reverb_location;
 
     const Run delayed = engine.read_delay(plan, first, n);
-    const Run s = map_run(
+    Run s = map_run(
         n,
         [=](auto d) VESK_LAMBDA {
             // Unity: the halves are in the encoding.
@@ -196,17 +191,17 @@ VESK_INLINE Run process_planned(Vesk& engine, const Run& x, const Followed& foll
         },
         delayed);
     const bool reverb_in_loop = reverb_on && location == location_mode::feedback;
-    Run r;
-    if (reverb_in_loop) r = reverb_send(engine, s, followed.sway, n);
+    Run r = reverb_in_loop ? reverb_send(engine, s, followed.sway, n) : Run{};
 
     Run played = played_signal(engine, x, followed.gate_gain, n);
     if (reverb_on && location == location_mode::pre)
-        played = sum_of(played, reverb_send(engine, played, followed.sway, n), n);
+        add(played, reverb_send(engine, played, followed.sway, n), n);
     engine.write_delay(line_input(engine, played, s, reverb_in_loop ? r : s, reverb_in_loop, n), n);
 
-    Run wet = reverb_in_loop ? sum_of(r, s, n) : s;
+    if (reverb_in_loop) add(r, s, n);
+    Run& wet = reverb_in_loop ? r : s;
     if (reverb_on && location == location_mode::post)
-        wet = sum_of(wet, reverb_send(engine, wet, followed.sway, n), n);
+        add(wet, reverb_send(engine, wet, followed.sway, n), n);
     return mixed(engine, x, wet, followed.reduction, n);
 }
 

@@ -63,12 +63,16 @@ VESK_INLINE void in_fours(std::size_t n, Body body) noexcept {
     for (; i < n; ++i) body.template operator()<Pair>(i);
 }
 
-// f over the lanes of n frames.
+// f over the lanes of n frames. A run is long to copy: where one is to change it changes in place.
+template <class Formula, class... Runs>
+VESK_INLINE void map_into(Run& out, std::size_t n, Formula f, const Runs&... in) noexcept {
+    in_fours(n,
+             [&]<class T>(std::size_t i) VESK_LAMBDA { out.set(i, f(in.template at<T>(i)...)); });
+}
 template <class Formula, class... Runs>
 VESK_INLINE Run map_run(std::size_t n, Formula f, const Runs&... in) noexcept {
     Run out;
-    in_fours(n,
-             [&]<class T>(std::size_t i) VESK_LAMBDA { out.set(i, f(in.template at<T>(i)...)); });
+    map_into(out, n, f, in...);
     return out;
 }
 
