@@ -39,7 +39,7 @@ VESK_INLINE Followed follow_input(Vesk& engine, const Run& x, std::size_t n) noe
     const Run peak = Gate::peaks(x, n);
     const auto louder = [](auto a)
                             VESK_LAMBDA { return larger(magnitude(a), swapped(magnitude(a))); };
-    const Run target = duck_on ? engine.ducker.targets(map_run(n, louder, x), n) : Run{};
+    const Run target = duck_on ? engine.ducker.targets(map_run(n, louder, x), n) : unset_run();
     // Copies keep their state in registers; side by side no chain waits for another.
     Modulator modulator = engine.modulator;
     Gate gate = engine;
@@ -191,7 +191,7 @@ VESK_INLINE Run process_planned(Vesk& engine, const Run& x, const Followed& foll
         },
         delayed);
     const bool reverb_in_loop = reverb_on && location == location_mode::feedback;
-    Run r = reverb_in_loop ? reverb_send(engine, s, followed.sway, n) : Run{};
+    Run r = reverb_in_loop ? reverb_send(engine, s, followed.sway, n) : unset_run();
 
     Run played = played_signal(engine, x, followed.gate_gain, n);
     if (reverb_on && location == location_mode::pre)

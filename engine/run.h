@@ -55,6 +55,12 @@ VESK_INLINE Run run_of_one(Pair x) noexcept {
     return run;
 }
 
+// Stands for a run that nobody reads.
+VESK_INLINE Run unset_run() noexcept {
+    Run run;
+    return run;
+}
+
 // body<T>(i) for n frames: with Oct for four of them at a time, with Pair for each that is left.
 template <class Body>
 VESK_INLINE void in_fours(std::size_t n, Body body) noexcept {
