@@ -12,12 +12,12 @@ std::string to_text(const atoms& values) {
     char* text = nullptr;
     const std::int64_t error =
         atom_gettext(static_cast<std::int64_t>(values.size()), values.data(), &size, &text, 2);
+    const host_memory<char> owned(size != 0 ? text : nullptr);
     std::string result;
     if (error != 0)
         object_error(nullptr, "problem geting text from atoms");
     else if (text != nullptr)
         result = text;
-    if (size != 0 && text != nullptr) sysmem_freeptr(text);
     return result;
 }
 

@@ -5,6 +5,7 @@
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -25,6 +26,13 @@ enum method_type : std::int32_t {
     type_any_result = 14,     // as 8, and a slot for a result
     kind_plain_strings = 69,  // a message's kind only: strings ended by a null
 };
+
+// What the host has handed out, until it goes back.
+struct back_to_host {
+    void operator()(void* memory) const noexcept { sysmem_freeptr(memory); }
+};
+template <class T>
+using host_memory = std::unique_ptr<T, back_to_host>;
 
 // A host atom by value; read and written through the host's calls alone.
 class atom : public tesk_atom {

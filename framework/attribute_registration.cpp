@@ -118,7 +118,10 @@ void preset_callback(void* instance) {
         if (preset == nullptr) return 0;
         std::int64_t count = 0;
         tesk_atom* values = nullptr;
-        if (object_attr_getvalueof(instance, symbols::value.interned(), &count, &values) == 0) {
+        const std::int64_t error =
+            object_attr_getvalueof(instance, symbols::value.interned(), &count, &values);
+        const host_memory<tesk_atom> owned(count != 0 ? values : nullptr);
+        if (error == 0) {
             atoms list = atoms_from(count, values);
             if (list.size() > most_values) {
                 object_error(instance,
@@ -129,7 +132,6 @@ void preset_callback(void* instance) {
                                        atom(symbols::value)});
             binbuf_insert(preset, nullptr, static_cast<std::int64_t>(list.size()), list.data());
         }
-        if (count != 0 && values != nullptr) sysmem_freeptr(values);
         return 0;
     });
 }
