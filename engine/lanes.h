@@ -22,13 +22,13 @@ struct Frame {
     float right = 0.0f;
 };
 
-typedef float Pair __attribute__((vector_size(8)));   // left, right
-typedef float Quad __attribute__((vector_size(16)));  // two pairs
-typedef float Oct __attribute__((vector_size(32)));   // four pairs
-typedef std::int32_t IntPair __attribute__((vector_size(8)));
-typedef std::int32_t IntQuad __attribute__((vector_size(16)));
-typedef std::int32_t IntOct __attribute__((vector_size(32)));
-typedef std::int64_t LongQuad __attribute__((vector_size(32)));
+using Pair = float __attribute__((vector_size(8)));   // left, right
+using Quad = float __attribute__((vector_size(16)));  // two pairs
+using Oct = float __attribute__((vector_size(32)));   // four pairs
+using IntPair = std::int32_t __attribute__((vector_size(8)));
+using IntQuad = std::int32_t __attribute__((vector_size(16)));
+using IntOct = std::int32_t __attribute__((vector_size(32)));
+using LongQuad = std::int64_t __attribute__((vector_size(32)));
 
 // The integers of a lane type's width.
 template <class T>

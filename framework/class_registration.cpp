@@ -98,7 +98,7 @@ object_base& object_of(void* host_instance) {
 std::string object_name_of(const std::string& source_path) {
     std::size_t separator = source_path.rfind('/');
     if (separator == std::string::npos) separator = source_path.rfind('\\');
-    const std::string file =
+    std::string file =
         separator == std::string::npos ? source_path : source_path.substr(separator + 1);
     const std::size_t tilde = file.find(std::string("_tilde") + source_extension);
     if (tilde != std::string::npos) return file.substr(0, tilde) + "~";

@@ -58,7 +58,7 @@ atom_list instance::get(const std::string& attribute) {
     const call_into call(*record_);
     if (call.refused() || object_attr_getvalueof(record_->object, name, &count, &values) != 0)
         return {};
-    const atom_list result(values, values + count);
+    atom_list result(values, values + count);
     sysmem_freeptr(values);
     return result;
 }

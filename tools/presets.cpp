@@ -27,7 +27,7 @@ std::string title_of(const std::string& file) {
 }
 
 fs::path file_of(const std::string& name_or_file) {
-    const fs::path given(name_or_file);
+    fs::path given(name_or_file);
     if (name_or_file.find('/') != std::string::npos || given.extension() == suffix) return given;
     std::vector<std::string> names;
     for (const preset& known : list_presets()) names.push_back(known.name);

@@ -33,7 +33,7 @@ public:
 
 protected:
     explicit dsp_wrapper(double rate);  // Hz, of the first engine
-    ~dsp_wrapper() = default;
+    ~dsp_wrapper() override = default;
 
     // Each enters its attribute at the host; main thread, while Device is built.
     void add(const attribute_row& row, void (*setter)(Engine&, double));
