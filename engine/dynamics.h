@@ -32,9 +32,6 @@ struct Gate {
     // The louder side of a run's raw input, and what one frame of it does to the gain.
     VESK_INLINE static Run peaks(const Run& input, std::size_t n) noexcept;
     VESK_INLINE float step(float peak) noexcept;
-    VESK_INLINE float step_gate(Pair input) noexcept {
-        return step(peaks(run_of_one(input), 1)[0][0]);
-    }
 };
 
 // Lowers the wet signal while the input plays: a downward compressor whose gain change is

@@ -65,9 +65,6 @@ struct MatchedLowpass {
     VESK_INLINE T shelve(T x, T passed) const noexcept {
         return pairs<T>(high_gain) * (x - passed) + pairs<T>(low_gain) * passed;
     }
-    Pair process(Pair x, Pair& state) const noexcept {
-        return shelve(x, pass(x, state, step_gain()));
-    }
 };
 
 MatchedLowpass design_matched_lowpass(Pair cutoff, Pair rate);  // both in Hz
