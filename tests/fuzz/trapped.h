@@ -1,6 +1,7 @@
 // What ends a fuzz run beside the sanitizers: a promise that is broken, with its text.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -8,8 +9,10 @@
 #include <iostream>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "host/host.h"
+#include "vesk_driver.h"
 
 namespace fuzz {
 
@@ -29,32 +32,30 @@ inline const std::string& object_name() {
 }
 
 // The input of one run, taken from the front; zeros once it is used up.
-class Bytes {
-public:
-    Bytes(const std::uint8_t* data, std::size_t size) : data_(data), left_(size) {}
-    bool empty() const { return left_ == 0; }
+struct Bytes {
+    const std::uint8_t* data;
+    std::size_t left;
+
     template <class T>
     T take() {
         T value{};
-        const std::size_t size = left_ < sizeof value ? left_ : sizeof value;
-        std::memcpy(&value, data_, size);
-        data_ += size;
-        left_ -= size;
+        const std::size_t size = std::min(left, sizeof value);
+        std::memcpy(&value, data, size);
+        data += size;
+        left -= size;
         return value;
     }
     int below(int n) { return take<std::uint16_t>() % n; }
     double unit() { return take<std::uint16_t>() / 65535.0; }  // 0 to 1
-
-private:
-    const std::uint8_t* data_;
-    std::size_t left_;
+    const kv7::orv::attribute_row& attribute() {
+        return kv7::orv::attribute_table[take<std::uint16_t>() % kv7::orv::attribute_count];
+    }
 };
 
-// Heap and locks inside perform since the program began; see trapped.cpp.
-long calls_in_perform();
-
-// One vector in place. Requires that perform came through without heap and locks.
-void run(tesk::instance& instance, double* const* channels, int frames);
+// One vector in place, of as many frames as the left channel has. Requires that perform came
+// through without heap and locks, and the output to be finite if asked.
+void run(tesk::instance& instance, std::vector<double>& left, std::vector<double>& right,
+         bool finite);
 
 // Whatever was done to the instance: known values, a reset, and an impulse that comes back once,
 // where the delay says. Rate in Hz, as prepared.

@@ -69,11 +69,6 @@ void take_system_call(int, siginfo_t*, void* context) {
 #endif
 }
 
-template <class Function>
-Function* next(const char* name) {
-    return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
-}
-
 __attribute__((constructor)) void prepare() {
     void* frame[1];
     backtrace(frame, 1);  // loads what it needs now
@@ -110,29 +105,20 @@ GUARD_EXPORT bool rt_traps_system_calls() {
     return traps_system_calls;
 }
 
-GUARD_EXPORT void* malloc(std::size_t size) noexcept {
-    check("malloc");
-    return __libc_malloc(size);
-}
+// Counted, then made under its other name.
+#define GUARDED_HEAP(name, parameters, real)      \
+    GUARD_EXPORT void* name parameters noexcept { \
+        check(#name);                             \
+        return real;                              \
+    }
+GUARDED_HEAP(malloc, (std::size_t size), __libc_malloc(size))
+GUARDED_HEAP(calloc, (std::size_t count, std::size_t size), __libc_calloc(count, size))
+GUARDED_HEAP(realloc, (void* memory, std::size_t size), __libc_realloc(memory, size))
+GUARDED_HEAP(aligned_alloc, (std::size_t to, std::size_t size), __libc_memalign(to, size))
+GUARDED_HEAP(memalign, (std::size_t to, std::size_t size), __libc_memalign(to, size))
 GUARD_EXPORT void free(void* memory) noexcept {
     if (memory != nullptr) check("free");
     __libc_free(memory);
-}
-GUARD_EXPORT void* calloc(std::size_t count, std::size_t size) noexcept {
-    check("calloc");
-    return __libc_calloc(count, size);
-}
-GUARD_EXPORT void* realloc(void* memory, std::size_t size) noexcept {
-    check("realloc");
-    return __libc_realloc(memory, size);
-}
-GUARD_EXPORT void* aligned_alloc(std::size_t alignment, std::size_t size) noexcept {
-    check("aligned_alloc");
-    return __libc_memalign(alignment, size);
-}
-GUARD_EXPORT void* memalign(std::size_t alignment, std::size_t size) noexcept {
-    check("memalign");
-    return __libc_memalign(alignment, size);
 }
 GUARD_EXPORT int posix_memalign(void** memory, std::size_t alignment, std::size_t size) noexcept {
     check("posix_memalign");
@@ -140,33 +126,16 @@ GUARD_EXPORT int posix_memalign(void** memory, std::size_t alignment, std::size_
     return *memory != nullptr ? 0 : ENOMEM;
 }
 
-GUARD_EXPORT int pthread_mutex_lock(pthread_mutex_t* mutex) noexcept {
-    static const auto real = next<int(pthread_mutex_t*)>("pthread_mutex_lock");
-    check("pthread_mutex_lock");
-    return real(mutex);
-}
-GUARD_EXPORT int pthread_rwlock_rdlock(pthread_rwlock_t* lock) noexcept {
-    static const auto real = next<int(pthread_rwlock_t*)>("pthread_rwlock_rdlock");
-    check("pthread_rwlock_rdlock");
-    return real(lock);
-}
-GUARD_EXPORT int pthread_rwlock_wrlock(pthread_rwlock_t* lock) noexcept {
-    static const auto real = next<int(pthread_rwlock_t*)>("pthread_rwlock_wrlock");
-    check("pthread_rwlock_wrlock");
-    return real(lock);
-}
-GUARD_EXPORT int pthread_cond_wait(pthread_cond_t* condition, pthread_mutex_t* mutex) {
-    static const auto real = next<int(pthread_cond_t*, pthread_mutex_t*)>("pthread_cond_wait");
-    check("pthread_cond_wait");
-    return real(condition, mutex);
-}
-GUARD_EXPORT int pthread_cond_signal(pthread_cond_t* condition) noexcept {
-    static const auto real = next<int(pthread_cond_t*)>("pthread_cond_signal");
-    check("pthread_cond_signal");
-    return real(condition);
-}
-GUARD_EXPORT int sem_wait(sem_t* semaphore) {
-    static const auto real = next<int(sem_t*)>("sem_wait");
-    check("sem_wait");
-    return real(semaphore);
-}
+// Counted, then made in the library loaded next.
+#define GUARDED_LOCK(name, parameters, arguments)                                              \
+    GUARD_EXPORT int name parameters {                                                         \
+        static const auto real = reinterpret_cast<int(*) parameters>(dlsym(RTLD_NEXT, #name)); \
+        check(#name);                                                                          \
+        return real arguments;                                                                 \
+    }
+GUARDED_LOCK(pthread_mutex_lock, (pthread_mutex_t * mutex) noexcept, (mutex))
+GUARDED_LOCK(pthread_rwlock_rdlock, (pthread_rwlock_t * lock) noexcept, (lock))
+GUARDED_LOCK(pthread_rwlock_wrlock, (pthread_rwlock_t * lock) noexcept, (lock))
+GUARDED_LOCK(pthread_cond_wait, (pthread_cond_t * until, pthread_mutex_t* mutex), (until, mutex))
+GUARDED_LOCK(pthread_cond_signal, (pthread_cond_t * condition) noexcept, (condition))
+GUARDED_LOCK(sem_wait, (sem_t * semaphore), (semaphore))

@@ -38,37 +38,25 @@ void expect(bool kept, const std::string& what) {
 }
 
 // Keeps what is only made to be freed.
-void use(void* memory) {
+template <class T>
+T* used(T* memory) {
     asm volatile("" : : "r"(memory) : "memory");
+    return memory;
 }
 
 void show_the_guard() {
     std::puts("The guard counts what is done inside, and nothing outside:");
     static std::mutex mutex;
     static std::string text;
+    constexpr std::align_val_t line{64};
     struct {
         const char* name;
         void (*act)();
         bool is_system_call = false;
     } const rows[] = {
-        {"new and delete",
-         [] {
-             int* const made = new int;
-             use(made);
-             delete made;
-         }},
-        {"aligned new and delete",
-         [] {
-             void* const memory = ::operator new (64, std::align_val_t{64});
-             use(memory);
-             ::operator delete (memory, std::align_val_t{64});
-         }},
-        {"calloc, realloc and free",
-         [] {
-             void* const memory = std::realloc(std::calloc(1, 8), 64);
-             use(memory);
-             std::free(memory);
-         }},
+        {"new and delete", [] { delete used(new int); }},
+        {"aligned new and delete", [] { ::operator delete(used(::operator new(64, line)), line); }},
+        {"calloc, realloc and free", [] { std::free(std::realloc(used(std::calloc(1, 8)), 64)); }},
         {"a string that grows", [] { text += "longer than what fits into a string itself"; }},
         {"std::mutex", [] { const std::lock_guard lock(mutex); }},
         {"sleep", [] { std::this_thread::sleep_for(std::chrono::nanoseconds(1)); }, true},
@@ -78,7 +66,7 @@ void show_the_guard() {
     // Their stacks are not asked for.
     std::fflush(stderr);
     const int kept = dup(2);
-    use(freopen("/dev/null", "w", stderr));
+    used(freopen("/dev/null", "w", stderr));
     for (const auto& row : rows) {
         row.act();
         const long outside = rt_hits();
@@ -96,26 +84,6 @@ void show_the_guard() {
     dup2(kept, 2);
     close(kept);
 }
-
-class Player {
-public:
-    explicit Player(tesk::instance& plays) : plays_(plays) {}
-    void vectors(int frames, int count) {
-        for (int n = 0; n < count; ++n) {
-            for (auto* channel : {&left_, &right_}) {
-                channel->resize(static_cast<std::size_t>(frames));
-                for (double& x : *channel) x = dice_.swing();
-            }
-            double* const channels[2] = {left_.data(), right_.data()};
-            if (!plays_.run(channels, channels, frames)) expect(false, "a vector was not played");
-        }
-    }
-
-private:
-    tesk::instance& plays_;
-    Dice dice_{1};
-    std::vector<double> left_, right_;
-};
 
 double value_of(const attribute_row& row, double share) {
     const double high = row.kind == attribute_kind::toggle ? 1.0 : row.high;
@@ -138,10 +106,18 @@ void report(const std::string& what) {
 }
 
 void play_everything(tesk::instance& instance) {
-    Player player(instance);
-    const auto settle = [&player] {
+    Dice dice(2);
+    const auto play = [&](int frames, int count) {
+        for (int n = 0; n < count; ++n) {
+            double left[777], right[777];
+            for (int i = 0; i < frames; ++i) left[i] = dice.swing(), right[i] = dice.swing();
+            double* const channels[2] = {left, right};
+            if (!instance.run(channels, channels, frames)) expect(false, "a vector was not played");
+        }
+    };
+    const auto settle = [&] {
         for (const auto& [frames, count] : {std::pair{1, 3}, {64, 8}, {777, 2}, {0, 1}})
-            player.vectors(frames, count);
+            play(frames, count);
     };
     for (const attribute_row& row : attribute_table)
         for (const double share : {1.0, 0.0, 0.3, 0.7}) {
@@ -150,20 +126,16 @@ void play_everything(tesk::instance& instance) {
         }
     report("every attribute, to both ends and between");
 
-    Dice dice(2);
     for (int n = 0; n < 2000; ++n) {
         for (int k = dice.below(8); k > 0; --k) set_at_random(dice, instance);
-        player.vectors(64, 3);
+        play(64, 3);
     }
     report("attributes in any combination");
 
     for (const tesk::method_info& method : instance.described().methods)
         for (const char* values : {"", " 1", " 0.5 x"}) {
-            const bool reaches_perform = method.name == "clear" || method.name == "reset";
-            for (int n = reaches_perform ? 4 : 1; n > 0; --n) {
-                instance.send(method.name + values);
-                player.vectors(64, 2);
-            }
+            instance.send(method.name + values);
+            play(64, 2);
         }
     report("every message");
 

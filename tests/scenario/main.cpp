@@ -13,9 +13,11 @@
 namespace {
 
 template <class T>
-void write(std::ofstream& file, const std::vector<T>& values) {
+void write(const std::string& path, const std::vector<T>& values) {
+    std::ofstream file(path, std::ios::binary);
     file.write(reinterpret_cast<const char*>(values.data()),
                static_cast<std::streamsize>(values.size() * sizeof(T)));
+    if (!file.flush()) throw std::runtime_error(path + ": cannot be written");
 }
 
 int run(const std::vector<std::string>& words) {
@@ -26,16 +28,18 @@ int run(const std::vector<std::string>& words) {
                    stderr);
         return 2;
     }
-    std::ofstream file(words.back(), std::ios::binary);
     if (mode == "engine") {
-        write(file, scenario::play_engine(scenario::read_scenario(words[1])));
+        write(words[2], scenario::play_engine(scenario::read_scenario(words[1])));
     } else if (mode == "device") {
-        write(file, scenario::play_device(scenario::read_scenario(words[1])));
+        write(words[2], scenario::play_device(scenario::read_scenario(words[1])));
     } else {
-        for (const auto& table : orvane::blocks::vesk::noise_sources()) write(file, table);
-        for (const auto& table : orvane::blocks::vesk::wobble_sources()) write(file, table);
+        std::vector<float> all;
+        for (const auto& table : orvane::blocks::vesk::noise_sources())
+            all.insert(all.end(), table.begin(), table.end());
+        for (const auto& table : orvane::blocks::vesk::wobble_sources())
+            all.insert(all.end(), table.begin(), table.end());
+        write(words[1], all);
     }
-    if (!file.flush()) throw std::runtime_error(words.back() + ": cannot be written");
     return 0;
 }
 

@@ -26,13 +26,11 @@ std::unique_ptr<TableContents> read_tables(const std::string& path) {
     auto contents = std::make_unique<TableContents>();
     if (all.size() != 5 * noise_length + 4 * wobble_length)
         throw std::runtime_error(path + ": not five noise and four wobble tables");
-    auto next = all.begin();
-    const auto take = [&](std::size_t n) {
-        next += static_cast<std::ptrdiff_t>(n);
-        return std::vector<float>(next - static_cast<std::ptrdiff_t>(n), next);
-    };
-    for (auto& table : contents->noise) table = take(noise_length);
-    for (auto& table : contents->wobble) table = take(wobble_length);
+    const float* next = all.data();
+    for (auto& table : contents->noise)
+        table.assign(next, next + noise_length), next += noise_length;
+    for (auto& table : contents->wobble)
+        table.assign(next, next + wobble_length), next += wobble_length;
     return contents;
 }
 
@@ -43,8 +41,8 @@ std::shared_ptr<SampleTableSet> make_tables(const TableContents* contents, Vesk&
 }
 
 void seed(const Scenario& s, Vesk& engine) {
-    if (!s.has_seed) return;
-    engine.modulator.random_state = s.seed;
+    if (!s.seed) return;
+    engine.modulator.random_state = *s.seed;
     engine.modulator.reset();
 }
 
@@ -68,7 +66,6 @@ std::vector<float> play_engine(const Scenario& s) {
     const auto tables = make_tables(contents.get(), engine, rate);
     seed(s, engine);
     std::vector<float> out;
-    out.reserve(2 * s.frames);
     auto event = s.events.begin();
     std::uint64_t n = 0;
     for (const Frame x : make_input(s)) {
@@ -88,8 +85,7 @@ std::vector<float> play_engine(const Scenario& s) {
             }
         }
         const Frame y = engine.process(x);
-        out.push_back(y.left);
-        out.push_back(y.right);
+        out.insert(out.end(), {y.left, y.right});
         ++n;
     }
     return out;
@@ -109,7 +105,7 @@ std::vector<double> play_device(const Scenario& s) {
     announce(s.rate);
 
     const std::vector<Frame> input = make_input(s);
-    std::vector<double> out(2 * input.size());
+    std::vector<double> out;
     std::vector<double> left(s.vector_size), right(s.vector_size);
     double* const channels[2] = {left.data(), right.data()};
     auto event = s.events.begin();
@@ -137,10 +133,7 @@ std::vector<double> play_device(const Scenario& s) {
         }
         const kv7::orv::signal_bundle bundle{channels, 2, static_cast<std::int32_t>(frames)};
         driver.core.perform(bundle, bundle);
-        for (std::size_t i = 0; i < frames; ++i) {
-            out[2 * (first + i)] = left[i];
-            out[2 * (first + i) + 1] = right[i];
-        }
+        for (std::size_t i = 0; i < frames; ++i) out.insert(out.end(), {left[i], right[i]});
     }
     return out;
 }

@@ -1,6 +1,5 @@
 // Reads the scenario language.
 #include <algorithm>
-#include <charconv>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
@@ -17,22 +16,6 @@ std::runtime_error wrong(const std::string& what) {
     return std::runtime_error(what);
 }
 
-double number(const std::string& word) {
-    double value = 0.0;
-    const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), value);
-    if (error != std::errc() || end != word.data() + word.size())
-        throw wrong("'" + word + "' is not a number");
-    return value;
-}
-
-std::uint64_t count(const std::string& word) {
-    std::uint64_t value = 0;
-    const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), value);
-    if (error != std::errc() || end != word.data() + word.size())
-        throw wrong("'" + word + "' is not a whole number");
-    return value;
-}
-
 void need(const Words& words, std::size_t n) {
     if (words.size() < n)
         throw wrong("'" + words[0] + "' needs " + std::to_string(n - 1) + " words");
@@ -41,7 +24,7 @@ void need(const Words& words, std::size_t n) {
 Event read_event(const Words& words) {
     need(words, 3);
     Event event;
-    event.frame = count(words[1]);
+    event.frame = number<std::uint64_t>(words[1]);
     if (words[2] == "clear") {
         event.kind = Event::Kind::clear;
     } else if (words[2] == "reset") {
@@ -49,37 +32,37 @@ Event read_event(const Words& words) {
     } else if (words[2] == "rate") {
         need(words, 4);
         event.kind = Event::Kind::rate;
-        event.values = {number(words[3])};
+        event.values = {number<double>(words[3])};
     } else if (words[2] == "set") {
         need(words, 5);
         event.attribute = kv7::orv::attribute_index(words[3]);
         if (event.attribute == kv7::orv::attribute_count)
             throw wrong("no attribute '" + words[3] + "'");
-        for (std::size_t i = 4; i < words.size(); ++i) event.values.push_back(number(words[i]));
+        for (std::size_t i = 4; i < words.size(); ++i)
+            event.values.push_back(number<double>(words[i]));
     } else {
         throw wrong("'" + words[2] + "' is neither set, clear, reset nor rate");
     }
     return event;
 }
 
-void read_line(const Words& words, const std::string& folder, Scenario& s) {
+void read_line(const Words& words, Scenario& s) {
     need(words, 2);
     if (words[0] == "rate") {
-        s.rate = number(words[1]);
+        s.rate = number<double>(words[1]);
     } else if (words[0] == "frames") {
-        s.frames = count(words[1]);
+        s.frames = number<std::uint64_t>(words[1]);
     } else if (words[0] == "vector") {
-        s.vector_size = count(words[1]);
+        s.vector_size = number<std::uint64_t>(words[1]);
         if (s.vector_size == 0) throw wrong("a vector has at least one frame");
     } else if (words[0] == "input") {
-        s.input = {Words(words.begin() + 1, words.end()), folder};
+        s.input = Words(words.begin() + 1, words.end());
     } else if (words[0] == "seed") {
         need(words, 3);
-        s.seed = {static_cast<std::uint32_t>(count(words[1])),
-                  static_cast<std::uint32_t>(count(words[2]))};
-        s.has_seed = true;
+        s.seed = std::array{static_cast<std::uint32_t>(number<std::uint64_t>(words[1])),
+                            static_cast<std::uint32_t>(number<std::uint64_t>(words[2]))};
     } else if (words[0] == "tables") {
-        s.tables = folder + words[1];
+        s.tables = s.folder + words[1];
     } else if (words[0] == "at") {
         s.events.push_back(read_event(words));
     } else {
@@ -92,8 +75,8 @@ void read_line(const Words& words, const std::string& folder, Scenario& s) {
 Scenario read_scenario(const std::string& path) {
     std::ifstream file(path);
     if (!file) throw wrong(path + ": cannot be read");
-    const std::string folder = path.substr(0, path.rfind('/') + 1);
     Scenario s;
+    s.folder = path.substr(0, path.rfind('/') + 1);
     std::string line;
     for (int n = 1; std::getline(file, line); ++n) {
         std::istringstream text(line.substr(0, line.find('#')));
@@ -101,7 +84,7 @@ Scenario read_scenario(const std::string& path) {
         for (std::string word; text >> word;) words.push_back(word);
         if (words.empty()) continue;
         try {
-            read_line(words, folder, s);
+            read_line(words, s);
         } catch (const std::exception& e) {
             throw wrong(path + ":" + std::to_string(n) + ": " + e.what());
         }

@@ -9,7 +9,10 @@
 #pragma once
 
 #include <array>
+#include <charconv>
 #include <cstdint>
+#include <optional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -27,19 +30,13 @@ struct Event {
     std::vector<double> values;  // of set; of rate: one
 };
 
-// The words of an input directive, made into samples frame by frame.
-struct Input {
-    std::vector<std::string> words{"silence"};
-    std::string folder;
-};
-
 struct Scenario {
     double rate = 0.0;  // Hz
     std::uint64_t frames = 0;
     std::size_t vector_size = 64;
-    Input input;
-    std::array<std::uint32_t, 2> seed{};
-    bool has_seed = false;
+    std::vector<std::string> input{"silence"};  // the words of its directive
+    std::string folder;                         // from which paths count
+    std::optional<std::array<std::uint32_t, 2>> seed;
     std::string tables;         // path; empty: the built-in ones
     std::vector<Event> events;  // by frame, at equal frames in the order of the file
 };
@@ -55,5 +52,16 @@ std::vector<float> play_engine(const Scenario& scenario);
 std::vector<double> play_device(const Scenario& scenario);
 
 std::vector<float> read_floats(const std::string& path);
+
+// The whole of a word as a number. Throws std::runtime_error when it is none.
+template <class T>
+T number(const std::string& word) {
+    T value{};
+    const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), value);
+    if (error != std::errc() || end != word.data() + word.size())
+        throw std::runtime_error("'" + word + "' is not a " +
+                                 (std::is_integral_v<T> ? "whole " : "") + "number");
+    return value;
+}
 
 }  // namespace scenario

@@ -14,8 +14,12 @@ failures=0
 fail() { echo "FAILED: $*" >&2; failures=$((failures + 1)); }
 expect() { [ "$2" = "$3" ] || fail "$1: \"$2\", expected \"$3\""; }
 nothing_left_in() { expect "$1 after $2" "$(ls -A "$1")" ""; }
+# The render that ran last.
+failed() {
+    expect "$1" $? 1
+    expect "$1: its line" "$(tail -n 1 err)" "render: $2"
+}
 render() { "$program" render --object "$object" "$@"; }
-last_line() { tail -n 1 err; }
 
 # A WAV header of a stream of mono 16 bit samples at 8 kHz, without a length.
 stream_header() {
@@ -55,8 +59,7 @@ player=$!
 sleep 0.5
 echo other >out/o.wav
 wait $player
-expect "output that appears" $? 1
-expect "its line" "$(last_line)" "render: out/o.wav: can't be written: File exists"
+failed "output that appears" "out/o.wav: can't be written: File exists"
 expect "its bytes" "$(cat out/o.wav)" other
 stream 1000 | render - out/o.wav --force --quiet 2>/dev/null
 expect "replaced when asked" $? 0
@@ -65,8 +68,7 @@ rm out/o.wav
 
 # A limit on the size of files is an error as a full disk is one.
 (ulimit -f 100; stream 1000000 | render - out/o.wav >/dev/null 2>err)
-expect "file too large" $? 1
-expect "its line" "$(last_line)" "render: out/o.wav: can't be written: File too large"
+failed "file too large" "out/o.wav: can't be written: File too large"
 nothing_left_in out "a file too large"
 
 # A long score, sorted and acted on without much time or memory.
@@ -82,7 +84,7 @@ rm out/o.wav
 # of addresses with all libraries.
 if [ "${3-}" != sanitized ]; then
     (ulimit -v 65536; stream 57600000 | render - out/o.wav --tail 0 --quiet 2>err) ||
-        fail "memory: $(last_line)"
+        fail "memory: $(tail -n 1 err)"
     rm -f out/o.wav
 fi
 
@@ -93,13 +95,10 @@ fi
 for suffix in wav w64 flac; do
     # FLAC needs something that does not pack away.
     (stream_header; head -c 2000000 /dev/urandom) | render - small/o.$suffix >/dev/null 2>err
-    expect "full disk, $suffix" $? 1
-    expect "its line" "$(last_line)" \
-        "render: small/o.$suffix: can't be written: No space left on device"
+    failed "full disk" "small/o.$suffix: can't be written: No space left on device"
     nothing_left_in small "a full disk"
 done
 mount -o remount,ro small
 stream 1000 | render - small/o.wav >/dev/null 2>err
-expect "folder that can't be written" $? 1
-expect "its line" "$(last_line)" "render: small/o.wav: can't be written: Read-only file system"
+failed "folder that can't be written" "small/o.wav: can't be written: Read-only file system"
 exit $((failures > 0))
