@@ -14,15 +14,9 @@
 namespace kv7::orv {
 namespace {
 
-double random_value(Dice& dice, const attribute_row& row) {
-    const double high = row.kind == attribute_kind::toggle ? 1.0 : row.high;
-    const double any = row.low + (high - row.low) * dice.unit();
-    const bool whole = row.kind == attribute_kind::toggle || row.kind == attribute_kind::choice;
-    return whole ? std::round(any) : any;
-}
-
-const attribute_row& random_row(Dice& dice) {
-    return attribute_table[static_cast<std::size_t>(dice.below(int(attribute_count)))];
+void set_any(tesk::instance& instance, Dice& dice) {
+    const attribute_row& row = any_row(dice);
+    instance.set(row.info.name, dice.below(5) == 0 ? row.high : value_of(dice, row));
 }
 
 TEST(Stress, AudioMainAndAThirdThreadAtOnce) {
@@ -46,8 +40,7 @@ TEST(Stress, AudioMainAndAThirdThreadAtOnce) {
             std::thread third([&] {
                 Dice dice(4);
                 while (!stop) {
-                    const attribute_row& row = random_row(dice);
-                    instance.set(row.info.name, random_value(dice, row));
+                    set_any(instance, dice);
                     if (dice.below(20) == 0) instance.send("reset");
                     if (dice.below(20) == 0) instance.send("clear");
                     std::this_thread::sleep_for(std::chrono::microseconds(dice.below(200)));
@@ -58,8 +51,7 @@ TEST(Stress, AudioMainAndAThirdThreadAtOnce) {
             int rebuilds = 0;
             while (std::chrono::steady_clock::now() < end) {
                 for (int k = 0; k < 20; ++k) {
-                    const attribute_row& row = random_row(dice);
-                    instance.set(row.info.name, random_value(dice, row));
+                    set_any(instance, dice);
                     host.serve();
                 }
                 instance.send(dice.below(2) == 0 ? "clear" : "reset");
@@ -73,30 +65,26 @@ TEST(Stress, AudioMainAndAThirdThreadAtOnce) {
         }
         // One last set of each; then object and engine agree on every value: what it plays is what
         // a fresh driver with the reported values plays.
-        Dice last(6);
-        instance.prepare(44100, 64);
-        twin.driver.prepare(44100);
-        for (int drained = 0; drained < 3; ++drained) {
+        const auto play_silence = [&](int vectors) {
             double silence[2][64] = {};
             double* const channels[2] = {silence[0], silence[1]};
-            instance.run(channels, channels, 64);
-            host.serve();
-        }
-        for (const attribute_row& row : attribute_table) {
-            const bool random_wave = std::string(row.info.name) == "mod_waveform";
-            const double value = random_wave ? 3.0 : random_value(last, row);
-            twin.set(row.info.name, {value, value});
-            EXPECT_EQ(instance.get_number(row.info.name), value) << row.info.name;
-        }
-        double silence[2][64] = {};
-        double* const channels[2] = {silence[0], silence[1]};
-        for (int n = 0; n < 20; ++n) {  // over the ramps
-            instance.run(channels, channels, 64);
             const signal_bundle bundle{channels, 2, 64};
-            twin.driver.core.perform(bundle, bundle);
+            for (int n = 0; n < vectors; ++n) {
+                instance.run(channels, channels, 64);
+                twin.driver.core.perform(bundle, bundle);
+                host.serve();
+            }
+        };
+        Dice last(6);
+        twin.prepare(44100);
+        play_silence(3);  // what still waits
+        for (const attribute_row& row : attribute_table) {
+            const double value = value_of(last, row);
+            twin.set(row.info.name, {value, value});
         }
+        play_silence(20);  // over the ramps
         twin.reset();
-        for (int n = 0; n < 200; ++n) twin.vector(64);
+        twin.vectors(200, 64);
         EXPECT_TRUE(host.take_errors().empty());
     }
     EXPECT_TRUE(host.live() == before);

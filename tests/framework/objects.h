@@ -27,10 +27,9 @@ struct package {
     package(const package&) = delete;
     package& operator=(const package&) = delete;
 
-    std::string with(const std::string& object_file, const std::string& name = {}) const {
-        const std::filesystem::path from = object_file;
-        const auto to = folder / "externals" / (name.empty() ? from.filename().string() : name);
-        std::filesystem::copy_file(from, to);
+    std::string with(const std::filesystem::path& object, const std::string& name = {}) const {
+        const auto to = folder / "externals" / (name.empty() ? object.filename().string() : name);
+        std::filesystem::copy_file(object, to);
         return to.string();
     }
     std::filesystem::path page(const std::string& name) const {
@@ -49,11 +48,13 @@ struct example_box {
     package folder;
     tesk::host& host = tesk::host::the();
     std::unique_ptr<tesk::instance> box;
+    lines born;  // what it said while it was made
 
     explicit example_box(const std::string& text = "example~") {
         host.load(folder.with(EXAMPLE_OBJECT));
         host.take_errors();
         box = host.make(text);
+        born = said();
     }
     // Lines of the error channel without the name in front.
     lines said() const {

@@ -23,8 +23,8 @@ public:
 
     message<2> number{this, "number",
                       [this](const atoms& values, int inlet) {
-                          object_error(valid_host_object(), "float %s at %d",
-                                       to_text(values).c_str(), inlet);
+                          const std::string text = to_text(values);
+                          object_error(valid_host_object(), "float %s at %d", text.c_str(), inlet);
                           return values;
                       },
                       "Takes  a&b numbers. Fast."};
@@ -33,7 +33,6 @@ public:
     attribute<double, 2, limit::none, 2> gain{this, "gain", 0.5, {}, "", "No point [here"};
     attribute<bool, 0, limit::none, 2> Flag{this, "Flag", false, "", " Ends here. "};
     attribute<double, 2, limit::none, 2> secret{this, "secret", 0.5, {}};
-    attribute<double, 2, limit::none, 2> gone{this, "gone", 0.5, {}};
     number_argument first;
     argument_base second;
 
@@ -41,7 +40,7 @@ public:
         library_class = 1;
         gain.readonly = true;
         secret.visibility = attribute_visibility::hidden;
-        gone.visibility = attribute_visibility::disabled;
+        Flag.visibility = attribute_visibility::disabled;
         first.name = "start";
         first.description = "Where it starts.";
         first.required = true;
