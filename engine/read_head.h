@@ -168,14 +168,44 @@ struct Scan {
     // Moves as far as it takes and the history goes.
     VESK_INLINE void walk(std::int64_t newest, std::int64_t head, std::int64_t filled) noexcept {
         std::int64_t at = offset(head);
+        // A new delay may lie seconds away: by strides first. What holds behind a stride of
+        // entries, none of them negative, holds at each of them.
+        for (; at > stride && place >= stride; at -= stride) {
+            const std::int64_t passed = sum_of_stride(place - stride);
+            if (passed < 0 || rest(newest) + passed >= 0) break;
+            left += passed;
+            place -= stride;
+        }
         for (; rest(newest) < 0 && at > 1; --at) {
             place = newer(place);
             left += entries[place];
+        }
+        for (; at + stride < filled && place + stride < size; at += stride) {
+            const std::int64_t passed = sum_of_stride(place);
+            if (passed < 0 || rest(newest) < passed) break;
+            left -= passed;
+            place += stride;
         }
         for (; rest(newest) >= entries[place] && at < filled - 1; ++at) {
             left -= entries[place];
             place = older(place);
         }
+    }
+
+private:
+    static constexpr std::int64_t stride = 8;
+
+    // Negative when it might not fit.
+    VESK_INLINE std::int64_t sum_of_stride(std::int64_t from) const noexcept {
+        constexpr int bits_of_eighth = 59;
+        std::uint64_t sum = 0;
+        std::uint64_t bits = 0;
+        for (std::int64_t i = 0; i < stride; ++i) {
+            const auto entry = static_cast<std::uint64_t>(entries[from + i]);
+            sum += entry;
+            bits |= entry;
+        }
+        return bits >> bits_of_eighth == 0 ? static_cast<std::int64_t>(sum) : -1;
     }
 };
 
