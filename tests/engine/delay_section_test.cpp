@@ -67,6 +67,17 @@ TEST(DelaySection, AClearedLineIsSilentForOneDelayWhateverWasOnIt) {
     }
 }
 
+TEST(DelaySection, AChangeOfModeFindsTheDelayAtOnceOnTheSoundingLine) {
+    for (const bool repitch : {false, true}) {
+        Counted counted(repitch, 0.1f, 48000.0f);
+        counted.run(450000, 0.5f);  // other entries stand on all of the ring
+        for (const bool mode : {!repitch, repitch}) {
+            counted.section.set_repitch(mode);
+            for (int i = 0; i < 3000; ++i) ASSERT_NEAR(counted.age(), 4800.0f, 0.1f) << i;
+        }
+    }
+}
+
 TEST(DelaySection, WildSpeedsStayOnTheLineAndComeBack) {
     constexpr float infinity = std::numeric_limits<float>::infinity();
     for (const bool repitch : {false, true}) {
