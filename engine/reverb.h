@@ -70,6 +70,8 @@ struct MatchedLowpass {
 MatchedLowpass design_matched_lowpass(Pair cutoff, Pair rate);  // both in Hz
 
 struct Reverb {
+    static constexpr std::size_t tap_count = 14;  // seven for either sum
+
     // The two tap sums on both lanes, of one frame or of four. The engine hears the left lane of a
     // and the right one of b.
     template <class T>
@@ -97,7 +99,7 @@ struct Reverb {
     MatchedLowpass damping_filter;            // of both halves
     std::array<Pair, 2> damping_state{};
     Pair decay = both(0.5f);  // tank gain, both sides equal
-    std::array<std::uint64_t, 14> output_taps{};
+    std::array<std::uint64_t, tap_count> output_taps{};
 
     explicit Reverb(float rate);  // throws std::bad_alloc
     void redesign_bandwidth();
@@ -116,8 +118,8 @@ struct Reverb {
     }
 
 private:
-    // Inside a piece stands in the order of the rings, the newest frame first, so that every place
-    // of it lies in one stretch of a ring.
+    // From here on a piece stands in the order of the rings, the newest frame first: what it meets
+    // of a ring is one stretch of memory.
     //
     // What the recursive parts give for a piece; none of them waits for the piece's own input but
     // the first.
@@ -126,7 +128,8 @@ private:
         std::array<Run, 2> damp_passed;   // of the ends of tank_delay_in, by damping_filter
         std::array<Run, 2> interpolated;  // by tank_allpass_in
     };
-    using Taps = std::array<const Pair*, 14>;
+    using Taps = std::array<const Pair*, tap_count>;
+    using TappedRings = std::array<const FrameRing*, tap_count>;
 
     VESK_INLINE void pass(const Run& x, const Run& phases, std::size_t n) noexcept;
     // Delays of tank_allpass_in in samples, half by half and in the order of the phases.
@@ -134,7 +137,7 @@ private:
     VESK_INLINE Recursions recur(const Pair* predelayed, const Run& phases, std::size_t n) noexcept;
     VESK_INLINE void pass_network(const Pair* predelayed, const Recursions& recursions,
                                   std::size_t n) noexcept;
-    VESK_INLINE std::array<const FrameRing*, 14> tapped_rings() const noexcept;
+    VESK_INLINE TappedRings tapped_rings() const noexcept;
     // Where the output taps stand for the newest frame, and what they sum to i frames before it.
     VESK_INLINE Taps taps() const noexcept;
     template <class T>
@@ -270,7 +273,7 @@ VESK_INLINE void Reverb::pass_network(const Pair* predelayed, const Recursions& 
     }
 }
 
-VESK_INLINE std::array<const FrameRing*, 14> Reverb::tapped_rings() const noexcept {
+VESK_INLINE Reverb::TappedRings Reverb::tapped_rings() const noexcept {
     const auto& [in0, in1] = tank_delay_in;
     const auto& [out0, out1] = tank_delay_out;
     const FrameRing& mid0 = tank_allpass_out[0].ring;
@@ -290,9 +293,10 @@ template <class T>
 VESK_INLINE Reverb::Sums<T> Reverb::sum_taps(const Taps& taps, std::size_t i) noexcept {
     const auto sum = [&](std::size_t t) VESK_LAMBDA {
         const auto tap = [&](std::size_t k) VESK_LAMBDA { return load<T>(taps[t + k] + i); };
-        return 0.6f * (tap(0) + tap(1) - tap(2) + tap(3) - tap(4) - tap(5) - tap(6));
+        constexpr float tap_gain = 0.6f;
+        return tap_gain * (tap(0) + tap(1) - tap(2) + tap(3) - tap(4) - tap(5) - tap(6));
     };
-    return {sum(0), sum(7)};
+    return {sum(0), sum(tap_count / 2)};
 }
 
 VESK_INLINE void Reverb::pass(const Run& x, const Run& phases, std::size_t n) noexcept {
