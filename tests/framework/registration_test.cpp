@@ -1,8 +1,8 @@
 // What the host sees of a class while it registers, and the page that it leaves behind.
 #include <gtest/gtest.h>
 
+#include <cctype>
 #include <chrono>
-#include <regex>
 #include <stdexcept>
 #include <string>
 
@@ -34,11 +34,17 @@ TEST(Registration, IsTheSameCallsInTheSameOrder) {
     load(folder.with(EXAMPLE_OBJECT));
     const auto& seen = tesk::host::the().described("example~");
     std::string calls;
-    for (const std::string& line : tesk::host::the().registrations())
-        if (!std::regex_search(line, std::regex(" (set_shape|word|steps|fontname)( |$)")))
-            calls += std::regex_replace(line, std::regex("^class_(addmethod |attr_addattr_)"), "") +
-                     "\n";
-    const std::string expected =
+    for (std::string line : tesk::host::the().registrations()) {
+        for (const std::string start : {"class_addmethod ", "class_attr_addattr_"})
+            if (line.starts_with(start)) line.erase(0, start.size());
+        line += " ";
+        const auto about = [&line](const char* name) { return line.find(name) != line.npos; };
+        if (about(" set_shape ") || about(" word ") || about(" steps ") || about(" fontname "))
+            continue;
+        line.back() = '\n';
+        calls += line;
+    }
+    std::string expected =
         R"(class_new example~ 8,
 later 8, here 8, sum 14, words 9, int 1, notify 9, key 9, getplaystate 9, oksize 9, setup 9, bang 0, dblclick 9, edclose 9, okclose 9,
 loadbang 9, anything 8, dictionary 3, dspstate 9, paint 9, focusgained 9, focuslost 9, patchlineupdate 9, fileusage 9,
@@ -67,7 +73,9 @@ vrx_attr_offset_array matrix_list float64 65535 0x8040202, vrx_class_addattr mat
 class_register box,
 )";
     // A call a line, so that a failure shows which ones differ.
-    EXPECT_EQ(calls, std::regex_replace(expected, std::regex(",\\s"), "\n"));
+    for (std::size_t comma = 0; (comma = expected.find(',', comma)) != expected.npos; ++comma)
+        if (std::isspace(expected[comma + 1]) != 0) expected.replace(comma, 2, "\n");
+    EXPECT_EQ(calls, expected);
     EXPECT_EQ(seen.attribute("set_shape")->value_names(), (lines{"a", "b", "c"}));
     EXPECT_EQ(seen.attribute("word")->property("style"), "enum");
     EXPECT_EQ(seen.attribute("word")->value_names(), (lines{"a", "b", "c"}));
