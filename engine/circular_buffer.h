@@ -38,8 +38,6 @@ struct CircularBuffer {
     CircularBuffer() = default;
     explicit CircularBuffer(std::uint64_t elements);  // zeros; throws std::bad_alloc
 
-    // The index of the element that the next push overwrites: the oldest.
-    VESK_INLINE std::uint64_t next_head() const noexcept { return (head == 0 ? size : head) - 1; }
     VESK_INLINE void push(T value) noexcept {
         *room(1) = value;
         pushed(1);
@@ -73,7 +71,6 @@ struct CircularBuffer {
     VESK_INLINE const T& at(std::uint64_t k) const noexcept { return storage[index(k)]; }
     // The element k places older than the newest, older ones behind it.
     VESK_INLINE const T* run_at(std::uint64_t k) const noexcept { return storage.get() + index(k); }
-    VESK_INLINE const T& oldest() const noexcept { return storage[next_head()]; }
 
     void zero() noexcept;  // contents only: head and size stay
 

@@ -97,8 +97,8 @@ struct Scan {
     std::int64_t* const entries;
     const std::int64_t size;
     const std::int64_t span;
-    std::int64_t place;  // of the entry at the cursor's offset
-    std::int64_t left;   // of the span, behind the entries before that one
+    std::int64_t place;      // of the entry at the cursor's offset
+    std::int64_t remaining;  // of the span, behind the entries before that one
 
     VESK_INLINE Scan(const CircularBuffer<std::int64_t>& ring, const Cursor& cursor,
                      float samples) noexcept
@@ -106,7 +106,7 @@ struct Scan {
           size(static_cast<std::int64_t>(ring.size)),
           span(static_cast<std::int64_t>(limited_span(samples * fixed_point_one))),
           place(static_cast<std::int64_t>(ring.index(cursor.offset))),
-          left(span - cursor.sum) {}
+          remaining(span - cursor.sum) {}
 
     VESK_INLINE std::int64_t newer(std::int64_t at) const noexcept {
         return (at == 0 ? size : at) - 1;
@@ -122,11 +122,11 @@ struct Scan {
         return place - head + wrap(head);
     }
     VESK_INLINE Cursor cursor(std::int64_t head) const noexcept {
-        return {static_cast<std::uint64_t>(offset(head)), span - left};
+        return {static_cast<std::uint64_t>(offset(head)), span - remaining};
     }
     // What is left with half of the newest entry: a part of the entry at the cursor.
     VESK_INLINE std::int64_t rest(std::int64_t newest) const noexcept {
-        return left + (newest >> 1);
+        return remaining + (newest >> 1);
     }
     VESK_INLINE bool settled(std::int64_t newest) const noexcept {
         return static_cast<std::uint64_t>(rest(newest)) <
@@ -152,18 +152,18 @@ struct Scan {
         const std::int64_t half = newest >> 1;
         // What would be left one entry on; there itself; one entry back. The first that is not
         // negative counts.
-        const std::int64_t on = left - (newest - half);
+        const std::int64_t on = remaining - (newest - half);
         const std::int64_t not_on = on >> 63;
         const std::int64_t there = on + (entries[place - 1] & not_on);
         const std::int64_t not_there = there >> 63;
         const std::int64_t back = there + (entries[place - 2] & not_there);
-        left = back - half;
+        remaining = back - half;
         place += not_on + not_there;
     }
     // Stays with a push.
     VESK_INLINE void stay(std::int64_t newest) noexcept {
         place = newer(place);  // the push moved everything one place back
-        left -= newest - entries[place];
+        remaining -= newest - entries[place];
     }
     // Moves as far as it takes and the history goes.
     VESK_INLINE void walk(std::int64_t newest, std::int64_t head, std::int64_t filled) noexcept {
@@ -173,21 +173,21 @@ struct Scan {
         for (; at > stride && place >= stride; at -= stride) {
             const std::int64_t passed = sum_of_stride(place - stride);
             if (passed < 0 || rest(newest) + passed >= 0) break;
-            left += passed;
+            remaining += passed;
             place -= stride;
         }
         for (; rest(newest) < 0 && at > 1; --at) {
             place = newer(place);
-            left += entries[place];
+            remaining += entries[place];
         }
         for (; at + stride < filled && place + stride < size; at += stride) {
             const std::int64_t passed = sum_of_stride(place);
             if (passed < 0 || rest(newest) < passed) break;
-            left -= passed;
+            remaining -= passed;
             place += stride;
         }
         for (; rest(newest) >= entries[place] && at < filled - 1; ++at) {
-            left -= entries[place];
+            remaining -= entries[place];
             place = older(place);
         }
     }
