@@ -46,6 +46,7 @@ struct CircularBuffer {
     VESK_INLINE void push(const T* values, std::uint64_t count) noexcept {
         constexpr std::uint64_t at_once = sizeof(Oct) / sizeof(T);
         T* const to = room(count);
+        prefetch_later(to, count);
         std::uint64_t i = 0;
         for (; i + at_once <= count; i += at_once)
             store(to + count - i - at_once, reversed<sizeof(T)>(load<Oct>(values + i)));
@@ -71,6 +72,12 @@ struct CircularBuffer {
     VESK_INLINE const T& at(std::uint64_t k) const noexcept { return storage[index(k)]; }
     // The element k places older than the newest, older ones behind it.
     VESK_INLINE const T* run_at(std::uint64_t k) const noexcept { return storage.get() + index(k); }
+
+    // Asks for the n elements that will stand as far behind head as those at place do now, once
+    // prefetch_distance more are pushed; not across the ring's start.
+    VESK_INLINE static void prefetch_later(const T* place, std::size_t n) noexcept {
+        prefetch(place - prefetch_distance, n);
+    }
 
     void zero() noexcept;  // contents only: head and size stay
 

@@ -289,6 +289,11 @@ VESK_INLINE T DelaySection::read_head(const ReadPlan::Lane* lanes, std::size_t f
 
 VESK_INLINE Run DelaySection::read_delay(const ReadPlan& plan, std::size_t first,
                                          std::size_t n) const noexcept {
+    for (int i = 0; i < plan.lanes_in_use(); ++i) {
+        const CircularBuffer<float>& line = i % 2 == 0 ? delay_left : delay_right;
+        const auto oldest = static_cast<std::uint64_t>(plan.lanes[i].index[first]);
+        line.prefetch_later(line.run_at(oldest) - n, n);
+    }
     Run out;
     in_fours(n, [&]<class T>(std::size_t i) VESK_LAMBDA {
         T x = read_head<T>(plan.lanes, first, i);
@@ -306,6 +311,8 @@ VESK_INLINE Run DelaySection::read_delay(const ReadPlan& plan, std::size_t first
 VESK_INLINE void DelaySection::write_delay(const Run& value, std::size_t n) noexcept {
     float* const left = delay_left.room(n);
     float* const right = delay_right.room(n);
+    delay_left.prefetch_later(left, n);
+    delay_right.prefetch_later(right, n);
     in_fours(n, [&]<class T>(std::size_t i) VESK_LAMBDA {
         const T x = value.at<T>(i);
         const std::size_t to = n - i - frames_of<T>;  // the newest first

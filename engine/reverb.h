@@ -233,13 +233,17 @@ VESK_INLINE Reverb::Recursions Reverb::recur(const Pair* predelayed, const Run& 
 
 VESK_INLINE void Reverb::pass_network(const Pair* predelayed, const Recursions& recursions,
                                       std::size_t n) noexcept {
-    const auto room = [n](auto& stage) VESK_LAMBDA { return stage.ring.room(n); };
-    Pair* const diffused[] = {room(diffusers[0]), room(diffusers[1]), room(diffusers[2]),
-                              room(diffusers[3])};
-    Pair* const in[] = {room(tank_allpass_in[0]), room(tank_allpass_in[1])};
-    Pair* const delay_in[] = {tank_delay_in[0].room(n), tank_delay_in[1].room(n)};
-    Pair* const out[] = {room(tank_allpass_out[0]), room(tank_allpass_out[1])};
-    Pair* const delay_out[] = {tank_delay_out[0].room(n), tank_delay_out[1].room(n)};
+    const auto room = [n](FrameRing& ring) VESK_LAMBDA {
+        Pair* const place = ring.room(n);
+        ring.prefetch_later(place, n);
+        return place;
+    };
+    Pair* const diffused[] = {room(diffusers[0].ring), room(diffusers[1].ring),
+                              room(diffusers[2].ring), room(diffusers[3].ring)};
+    Pair* const in[] = {room(tank_allpass_in[0].ring), room(tank_allpass_in[1].ring)};
+    Pair* const delay_in[] = {room(tank_delay_in[0]), room(tank_delay_in[1])};
+    Pair* const out[] = {room(tank_allpass_out[0].ring), room(tank_allpass_out[1].ring)};
+    Pair* const delay_out[] = {room(tank_delay_out[0]), room(tank_delay_out[1])};
     for (std::size_t k = 0; k < diffusers.size(); ++k) diffusers[k].last_read = *diffused[k];
     for (std::size_t h = 0; h < 2; ++h) tank_allpass_out[h].last_read = *out[h];
 
@@ -306,12 +310,15 @@ VESK_INLINE void Reverb::pass(const Run& x, const Run& phases, std::size_t n) no
     });
     predelay.pushed(n);
     const Pair* const predelayed = predelay.run_at(predelay_samples);
+    predelay.prefetch_later(in, n);
+    predelay.prefetch_later(predelayed, n);
     pass_network(predelayed, recur(predelayed, phases, n), n);
 }
 
 VESK_INLINE Run Reverb::process(const Run& x, const Run& phases, std::size_t n) noexcept {
     const auto heard = [this](std::size_t count, Pair* out) VESK_LAMBDA {
         const Taps places = taps();
+        for (const Pair* place : places) FrameRing::prefetch_later(place, count);
         in_fours(count, [&]<class T>(std::size_t i) VESK_LAMBDA {
             const Sums<T> sums = sum_taps<T>(places, i);
             store(out + count - i - frames_of<T>,

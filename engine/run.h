@@ -14,6 +14,23 @@ namespace orvane::blocks::vesk {
 
 constexpr std::size_t longest_run = 32;  // frames
 
+// How far ahead of its use memory is asked for, in frames. Engines that play in turn push each
+// other's memory out of the caches, and an engine reads and writes at more places than a processor
+// foresees. A common vector's length: what a vector asks for is there when the next one begins.
+constexpr std::ptrdiff_t prefetch_distance = 64;
+
+// Asks for n elements from p on, for the larger caches: the nearest one is too small to keep them.
+// Nothing happens where p points to no memory.
+template <class T>
+VESK_INLINE void prefetch(const T* p, std::size_t n) noexcept {
+    constexpr std::size_t cache_line = 64;
+    constexpr int for_reading = 0;
+    constexpr int larger_caches = 2;
+    const auto* const bytes = reinterpret_cast<const char*>(p);
+    for (std::size_t i = 0; i < n * sizeof(T); i += cache_line)
+        __builtin_prefetch(bytes + i, for_reading, larger_caches);
+}
+
 // How many frames a Pair or an Oct holds.
 template <class T>
 constexpr std::size_t frames_of = sizeof(T) / sizeof(Pair);

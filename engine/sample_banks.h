@@ -11,6 +11,7 @@
 
 #include "engine/fast_math.h"
 #include "engine/lanes.h"
+#include "engine/run.h"
 
 namespace orvane::blocks::vesk {
 
@@ -40,6 +41,7 @@ struct SamplePlayer {
     }
     VESK_INLINE const float* whole_samples(std::size_t n) noexcept {
         const float* const x = table->samples.data() + 1 + static_cast<std::int64_t>(position);
+        prefetch(x + prefetch_distance, n);
         position += static_cast<double>(static_cast<std::int64_t>(n));
         return x;
     }
