@@ -26,9 +26,14 @@ VESK_INLINE void prefetch(const T* p, std::size_t n) noexcept {
     constexpr std::size_t cache_line = 64;
     constexpr int for_reading = 0;
     constexpr int larger_caches = 2;
-    const auto* const bytes = reinterpret_cast<const char*>(p);
-    for (std::size_t i = 0; i < n * sizeof(T); i += cache_line)
-        __builtin_prefetch(bytes + i, for_reading, larger_caches);
+    const auto ask = [p](std::size_t elements) VESK_LAMBDA {
+        for (std::size_t i = 0; i < elements * sizeof(T); i += cache_line)
+            __builtin_prefetch(reinterpret_cast<const char*>(p) + i, for_reading, larger_caches);
+    };
+    if (n == longest_run) [[likely]]
+        ask(longest_run);  // a number known here needs no loop
+    else
+        ask(n);
 }
 
 // How many frames a Pair or an Oct holds.
