@@ -13,6 +13,13 @@
 
 namespace orvane::blocks::vesk {
 
+// Asks for the n elements of a ring that will stand as far behind its head as those at place do
+// now, once prefetch_distance more are pushed; not across the ring's start.
+template <class T>
+VESK_INLINE void prefetch_later(const T* place, std::size_t n) noexcept {
+    prefetch(place - prefetch_distance, n);
+}
+
 // A ring that grows towards lower indices: head is the newest element, and the element k places
 // older stands k places above it. Its first elements stand once more behind its end, so that a run
 // of elements lies in one piece wherever it begins; a ring as long as the run at least.
@@ -72,12 +79,6 @@ struct CircularBuffer {
     VESK_INLINE const T& at(std::uint64_t k) const noexcept { return storage[index(k)]; }
     // The element k places older than the newest, older ones behind it.
     VESK_INLINE const T* run_at(std::uint64_t k) const noexcept { return storage.get() + index(k); }
-
-    // Asks for the n elements that will stand as far behind head as those at place do now, once
-    // prefetch_distance more are pushed; not across the ring's start.
-    VESK_INLINE static void prefetch_later(const T* place, std::size_t n) noexcept {
-        prefetch(place - prefetch_distance, n);
-    }
 
     void zero() noexcept;  // contents only: head and size stay
 

@@ -291,8 +291,8 @@ VESK_INLINE Run DelaySection::read_delay(const ReadPlan& plan, std::size_t first
                                          std::size_t n) const noexcept {
     for (int i = 0; i < plan.lanes_in_use(); ++i) {
         const CircularBuffer<float>& line = i % 2 == 0 ? delay_left : delay_right;
-        const auto oldest = static_cast<std::uint64_t>(plan.lanes[i].index[first]);
-        line.prefetch_later(line.run_at(oldest) - n, n);
+        const auto at_first = static_cast<std::uint64_t>(plan.lanes[i].index[first]);
+        prefetch_later(line.run_at(at_first) - n, n);  // the others read below
     }
     Run out;
     in_fours(n, [&]<class T>(std::size_t i) VESK_LAMBDA {
@@ -311,8 +311,8 @@ VESK_INLINE Run DelaySection::read_delay(const ReadPlan& plan, std::size_t first
 VESK_INLINE void DelaySection::write_delay(const Run& value, std::size_t n) noexcept {
     float* const left = delay_left.room(n);
     float* const right = delay_right.room(n);
-    delay_left.prefetch_later(left, n);
-    delay_right.prefetch_later(right, n);
+    prefetch_later(left, n);
+    prefetch_later(right, n);
     in_fours(n, [&]<class T>(std::size_t i) VESK_LAMBDA {
         const T x = value.at<T>(i);
         const std::size_t to = n - i - frames_of<T>;  // the newest first

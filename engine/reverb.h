@@ -235,7 +235,7 @@ VESK_INLINE void Reverb::pass_network(const Pair* predelayed, const Recursions& 
                                       std::size_t n) noexcept {
     const auto room = [n](FrameRing& ring) VESK_LAMBDA {
         Pair* const place = ring.room(n);
-        ring.prefetch_later(place, n);
+        prefetch_later(place, n);
         return place;
     };
     Pair* const diffused[] = {room(diffusers[0].ring), room(diffusers[1].ring),
@@ -310,15 +310,15 @@ VESK_INLINE void Reverb::pass(const Run& x, const Run& phases, std::size_t n) no
     });
     predelay.pushed(n);
     const Pair* const predelayed = predelay.run_at(predelay_samples);
-    predelay.prefetch_later(in, n);
-    predelay.prefetch_later(predelayed, n);
+    prefetch_later(in, n);
+    prefetch_later(predelayed, n);
     pass_network(predelayed, recur(predelayed, phases, n), n);
 }
 
 VESK_INLINE Run Reverb::process(const Run& x, const Run& phases, std::size_t n) noexcept {
     const auto heard = [this](std::size_t count, Pair* out) VESK_LAMBDA {
         const Taps places = taps();
-        for (const Pair* place : places) FrameRing::prefetch_later(place, count);
+        for (const Pair* place : places) prefetch_later(place, count);
         in_fours(count, [&]<class T>(std::size_t i) VESK_LAMBDA {
             const Sums<T> sums = sum_taps<T>(places, i);
             store(out + count - i - frames_of<T>,
