@@ -13,13 +13,6 @@
 
 namespace orvane::blocks::vesk {
 
-// Asks for the n elements of a ring that will stand as far behind its head as those at place do
-// now, once prefetch_distance more are pushed; not across the ring's start.
-template <class T>
-VESK_INLINE void prefetch_later(const T* place, std::size_t n) noexcept {
-    prefetch(place - prefetch_distance, n);
-}
-
 // A ring that grows towards lower indices: head is the newest element, and the element k places
 // older stands k places above it. Its first elements stand once more behind its end, so that a run
 // of elements lies in one piece wherever it begins; a ring as long as the run at least.
@@ -53,7 +46,6 @@ struct CircularBuffer {
     VESK_INLINE void push(const T* values, std::uint64_t count) noexcept {
         constexpr std::uint64_t at_once = sizeof(Oct) / sizeof(T);
         T* const to = room(count);
-        prefetch_later(to, count);
         std::uint64_t i = 0;
         for (; i + at_once <= count; i += at_once)
             store(to + count - i - at_once, reversed<sizeof(T)>(load<Oct>(values + i)));

@@ -76,6 +76,9 @@ struct DelaySection {
     void reset_read_heads() noexcept;
     void set_repitch(bool value) noexcept;
 
+    // Asks for what the next n frames meet.
+    VESK_INLINE void prefetch_run(std::size_t n) const noexcept;
+
     // Where a run of n frames reads: decided by the speeds, in octaves, and by no audio.
     VESK_INLINE ReadPlan plan_reads(const Run& speed, std::size_t n) noexcept;
     // What frames first to first + n - 1 of the plan read, while the line holds all before first.
@@ -138,6 +141,31 @@ VESK_INLINE std::size_t ReadPlan::free_frames(std::size_t first, std::size_t n) 
 VESK_INLINE Pair DelaySection::wanted_delay() const noexcept {
     const Pair wanted = delay_time * sample_rate;
     return wanted < 1.0f ? both(1.0f) : wanted;
+}
+
+VESK_INLINE void DelaySection::prefetch_run(std::size_t n) const noexcept {
+    const auto pushes = [&](const ReadHead& head) VESK_LAMBDA {
+        prefetch(head.rate_left.room(n), n);
+        prefetch(head.rate_right.room(n), n);
+    };
+    // A line is read about as far back as the entries are.
+    const auto reads = [&](const ReadHead& head) VESK_LAMBDA {
+        prefetch(head.rate_left.run_at(head.cursor_left.offset) - n, n);
+        prefetch(head.rate_right.run_at(head.cursor_right.offset) - n, n);
+        prefetch(delay_left.run_at(head.cursor_left.offset) - n, n);
+        prefetch(delay_right.run_at(head.cursor_right.offset) - n, n);
+    };
+    if (repitch) {
+        pushes(tape_head);
+        reads(tape_head);
+    } else {
+        pushes(crossfade_heads[0]);
+        pushes(crossfade_heads[1]);
+        reads(crossfade_heads[0]);
+        if (!heads_alike()) reads(crossfade_heads[1]);
+    }
+    prefetch(delay_left.room(n), n);
+    prefetch(delay_right.room(n), n);
 }
 
 VESK_INLINE ReadPlan DelaySection::plan_reads(const Run& speed, std::size_t n) noexcept {
@@ -289,11 +317,6 @@ VESK_INLINE T DelaySection::read_head(const ReadPlan::Lane* lanes, std::size_t f
 
 VESK_INLINE Run DelaySection::read_delay(const ReadPlan& plan, std::size_t first,
                                          std::size_t n) const noexcept {
-    for (int i = 0; i < plan.lanes_in_use(); ++i) {
-        const CircularBuffer<float>& line = i % 2 == 0 ? delay_left : delay_right;
-        const auto at_first = static_cast<std::uint64_t>(plan.lanes[i].index[first]);
-        prefetch_later(line.run_at(at_first) - n, n);  // the others read below
-    }
     Run out;
     in_fours(n, [&]<class T>(std::size_t i) VESK_LAMBDA {
         T x = read_head<T>(plan.lanes, first, i);
@@ -311,8 +334,6 @@ VESK_INLINE Run DelaySection::read_delay(const ReadPlan& plan, std::size_t first
 VESK_INLINE void DelaySection::write_delay(const Run& value, std::size_t n) noexcept {
     float* const left = delay_left.room(n);
     float* const right = delay_right.room(n);
-    prefetch_later(left, n);
-    prefetch_later(right, n);
     in_fours(n, [&]<class T>(std::size_t i) VESK_LAMBDA {
         const T x = value.at<T>(i);
         const std::size_t to = n - i - frames_of<T>;  // the newest first

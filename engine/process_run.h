@@ -205,6 +205,20 @@ VESK_INLINE Run process_planned(Vesk& engine, const Run& x, const Followed& foll
     return mixed(engine, x, wet, followed.reduction, n);
 }
 
+// Asks for the memory that the next run of n frames meets.
+VESK_INLINE void prefetch_run(const Vesk& engine, std::size_t n) noexcept {
+    const auto ask = [&](std::size_t frames) VESK_LAMBDA {
+        if (engine.wobble_on) engine.wobble_bank.prefetch_run(frames);
+        engine.DelaySection::prefetch_run(frames);
+        if (engine.noise_on) engine.noise_bank.prefetch_run(frames);
+        if (engine.reverb_amount != 0.0f) engine.reverb.prefetch_run(frames);
+    };
+    if (n == longest_run) [[likely]]
+        ask(longest_run);  // a number known here needs no loops
+    else if (n >= shortest_prefetched_run)
+        ask(n);
+}
+
 // A run of n frames, 1 to longest_run. What depends on the input alone is decided for all of them;
 // the audio follows in as many pieces as the shortest delay asks for.
 VESK_INLINE Run process_run(Vesk& engine, const Run& x, std::size_t n) noexcept {

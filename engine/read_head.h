@@ -220,12 +220,6 @@ VESK_INLINE void ReadHead::locate(const Entries& pushed, Pair spans, std::size_t
         l.entries[head] = pushed.left[frame];
         r.entries[head] = pushed.right[frame];
     };
-    // What the frames meet lies below what stands there now.
-    const std::size_t n = end - first;
-    prefetch_later(l.entries + head - n, n);
-    prefetch_later(r.entries + head - n, n);
-    prefetch_later(l.entries + l.place - n, n);
-    prefetch_later(r.entries + r.place - n, n);
     for (std::size_t frame = first; frame < end; ++frame) {
         const std::size_t begin = frame;
         const auto free =

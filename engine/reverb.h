@@ -106,6 +106,8 @@ struct Reverb {
     void redesign_damping();
     void clear() noexcept;  // contents and states; coefficients and decay stay
 
+    // Asks for what the next n frames meet.
+    VESK_INLINE void prefetch_run(std::size_t n) const noexcept;
     // The oscillators' phases of the next frame.
     VESK_INLINE Pair phases_after(Pair phases) const noexcept;
     // (a of the left lane, b of the right lane) of each frame, with the oscillators' phases.
@@ -233,17 +235,12 @@ VESK_INLINE Reverb::Recursions Reverb::recur(const Pair* predelayed, const Run& 
 
 VESK_INLINE void Reverb::pass_network(const Pair* predelayed, const Recursions& recursions,
                                       std::size_t n) noexcept {
-    const auto room = [n](FrameRing& ring) VESK_LAMBDA {
-        Pair* const place = ring.room(n);
-        prefetch_later(place, n);
-        return place;
-    };
-    Pair* const diffused[] = {room(diffusers[0].ring), room(diffusers[1].ring),
-                              room(diffusers[2].ring), room(diffusers[3].ring)};
-    Pair* const in[] = {room(tank_allpass_in[0].ring), room(tank_allpass_in[1].ring)};
-    Pair* const delay_in[] = {room(tank_delay_in[0]), room(tank_delay_in[1])};
-    Pair* const out[] = {room(tank_allpass_out[0].ring), room(tank_allpass_out[1].ring)};
-    Pair* const delay_out[] = {room(tank_delay_out[0]), room(tank_delay_out[1])};
+    Pair* const diffused[] = {diffusers[0].ring.room(n), diffusers[1].ring.room(n),
+                              diffusers[2].ring.room(n), diffusers[3].ring.room(n)};
+    Pair* const in[] = {tank_allpass_in[0].ring.room(n), tank_allpass_in[1].ring.room(n)};
+    Pair* const delay_in[] = {tank_delay_in[0].room(n), tank_delay_in[1].room(n)};
+    Pair* const out[] = {tank_allpass_out[0].ring.room(n), tank_allpass_out[1].ring.room(n)};
+    Pair* const delay_out[] = {tank_delay_out[0].room(n), tank_delay_out[1].room(n)};
     for (std::size_t k = 0; k < diffusers.size(); ++k) diffusers[k].last_read = *diffused[k];
     for (std::size_t h = 0; h < 2; ++h) tank_allpass_out[h].last_read = *out[h];
 
@@ -303,6 +300,20 @@ VESK_INLINE Reverb::Sums<T> Reverb::sum_taps(const Taps& taps, std::size_t i) no
     return {sum(0), sum(tap_count / 2)};
 }
 
+VESK_INLINE void Reverb::prefetch_run(std::size_t n) const noexcept {
+    const auto pushes = [n](const FrameRing& ring) VESK_LAMBDA { prefetch(ring.room(n), n); };
+    pushes(predelay);
+    prefetch(predelay.run_at(predelay_samples) - n, n);
+    for (const AllPass& stage : diffusers) pushes(stage.ring);
+    for (std::size_t h = 0; h < 2; ++h) {
+        pushes(tank_allpass_in[h].ring);
+        pushes(tank_delay_in[h]);
+        pushes(tank_allpass_out[h].ring);
+        pushes(tank_delay_out[h]);
+    }
+    for (const Pair* place : taps()) prefetch(place - n, n);
+}
+
 VESK_INLINE void Reverb::pass(const Run& x, const Run& phases, std::size_t n) noexcept {
     Pair* const in = predelay.room(n);
     in_fours(n, [&]<class T>(std::size_t i) VESK_LAMBDA {
@@ -310,15 +321,12 @@ VESK_INLINE void Reverb::pass(const Run& x, const Run& phases, std::size_t n) no
     });
     predelay.pushed(n);
     const Pair* const predelayed = predelay.run_at(predelay_samples);
-    prefetch_later(in, n);
-    prefetch_later(predelayed, n);
     pass_network(predelayed, recur(predelayed, phases, n), n);
 }
 
 VESK_INLINE Run Reverb::process(const Run& x, const Run& phases, std::size_t n) noexcept {
     const auto heard = [this](std::size_t count, Pair* out) VESK_LAMBDA {
         const Taps places = taps();
-        for (const Pair* place : places) prefetch_later(place, count);
         in_fours(count, [&]<class T>(std::size_t i) VESK_LAMBDA {
             const Sums<T> sums = sum_taps<T>(places, i);
             store(out + count - i - frames_of<T>,

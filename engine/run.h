@@ -14,10 +14,10 @@ namespace orvane::blocks::vesk {
 
 constexpr std::size_t longest_run = 32;  // frames
 
-// How far ahead of its use memory is asked for, in frames. Engines that play in turn push each
-// other's memory out of the caches, and an engine reads and writes at more places than a processor
-// foresees. A common vector's length: what a vector asks for is there when the next one begins.
-constexpr std::ptrdiff_t prefetch_distance = 64;
+// Engines that play in turn push each other's memory out of the caches, and an engine reads and
+// writes at more places than a processor foresees. So a run begins by asking for all its memory:
+// what the later stages meet arrives while the earlier ones compute.
+constexpr std::size_t shortest_prefetched_run = 8;  // frames; they fill a cache line
 
 // Asks for n elements from p on, for the larger caches: the nearest one is too small to keep them.
 // Nothing happens where p points to no memory.
@@ -26,14 +26,8 @@ VESK_INLINE void prefetch(const T* p, std::size_t n) noexcept {
     constexpr std::size_t cache_line = 64;
     constexpr int for_reading = 0;
     constexpr int larger_caches = 2;
-    const auto ask = [p](std::size_t elements) VESK_LAMBDA {
-        for (std::size_t i = 0; i < elements * sizeof(T); i += cache_line)
-            __builtin_prefetch(reinterpret_cast<const char*>(p) + i, for_reading, larger_caches);
-    };
-    if (n == longest_run) [[likely]]
-        ask(longest_run);  // a number known here needs no loop
-    else
-        ask(n);
+    for (std::size_t i = 0; i < n * sizeof(T); i += cache_line)
+        __builtin_prefetch(reinterpret_cast<const char*>(p) + i, for_reading, larger_caches);
 }
 
 // How many frames a Pair or an Oct holds.

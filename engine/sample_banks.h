@@ -39,9 +39,12 @@ struct SamplePlayer {
         return increment == 1.0 && position == static_cast<double>(i) &&
                static_cast<std::uint64_t>(i) + n + lanes_of<Oct> <= table->length;
     }
+    // The sample at the position, later ones behind it.
+    VESK_INLINE const float* place() const noexcept {
+        return table->samples.data() + 1 + static_cast<std::int64_t>(position);
+    }
     VESK_INLINE const float* whole_samples(std::size_t n) noexcept {
-        const float* const x = table->samples.data() + 1 + static_cast<std::int64_t>(position);
-        prefetch(x + prefetch_distance, n);
+        const float* const x = place();
         position += static_cast<double>(static_cast<std::int64_t>(n));
         return x;
     }
@@ -57,6 +60,15 @@ struct SampleBank {
     explicit SampleBank(float rate);
     void set_morph(float position);  // 0 to 1
     void rewind() noexcept;          // every player, sounding or not
+    // Asks for what the next n values meet. The wobble is what a run needs first, with nobody to
+    // hide behind: a bank asks for what lies a common vector ahead, too.
+    VESK_INLINE void prefetch_run(std::size_t n) const noexcept {
+        constexpr std::ptrdiff_t common_vector = 64;
+        for (std::uint64_t i = index; i < index + 2; ++i) {
+            prefetch(players[i].place(), n);
+            prefetch(players[i].place() + common_vector, n);
+        }
+    }
     // n values; room for a whole vector more behind them.
     VESK_INLINE void next(float* values, std::size_t n) noexcept;
     VESK_INLINE float next() noexcept {
