@@ -205,7 +205,8 @@ VESK_INLINE Run process_planned(Vesk& engine, const Run& x, const Followed& foll
     return mixed(engine, x, wet, followed.reduction, n);
 }
 
-// Asks for the memory that the next run of n frames meets.
+// Asks for the memory that the next run of n frames meets. Always inlined: a compiler would drop
+// a call of it as one without effect.
 VESK_INLINE void prefetch_run(const Vesk& engine, std::size_t n) noexcept {
     const auto ask = [&](std::size_t frames) VESK_LAMBDA {
         if (engine.wobble_on) engine.wobble_bank.prefetch_run(frames);
