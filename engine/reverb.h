@@ -301,6 +301,8 @@ VESK_INLINE Reverb::Sums<T> Reverb::sum_taps(const Taps& taps, std::size_t i) no
 }
 
 VESK_INLINE void Reverb::prefetch_run(std::size_t n) const noexcept {
+    if (n > longest_piece_) [[unlikely]]
+        return;  // some ring is shorter than the run
     const auto pushes = [n](const FrameRing& ring) VESK_LAMBDA { prefetch(ring.room(n), n); };
     pushes(predelay);
     prefetch(predelay.run_at(predelay_samples) - n, n);
