@@ -39,8 +39,8 @@ void delay(benchmark::State& state) {
 void full(benchmark::State& state) {
     play(state, full_settings(), static_cast<int>(state.range(0)));
 }
-BENCHMARK(delay)->ArgName("frames")->Arg(16)->Arg(64)->Arg(512);
-BENCHMARK(full)->ArgName("frames")->Arg(16)->Arg(64)->Arg(512);
+BENCHMARK(delay)->ArgName("frames")->Arg(1)->Arg(16)->Arg(64)->Arg(512);
+BENCHMARK(full)->ArgName("frames")->Arg(1)->Arg(16)->Arg(64)->Arg(512);
 
 // Every continuous attribute set before every vector.
 void all_ramps(benchmark::State& state) {
