@@ -1,9 +1,10 @@
 #include "framework/attribute_base.h"
 
-#include <cstddef>
+#include <algorithm>
 #include <utility>
 
 #include "framework/class_registration.h"
+#include "framework/guarded.h"
 #include "framework/symbol_table.h"
 
 namespace kv7::ply {
@@ -15,18 +16,16 @@ constexpr std::int64_t flags_of_readonly = 0x202;
 constexpr std::int64_t flags_of_matrix = 0x8040000;
 constexpr std::int64_t most_elements = 65535;
 
+// Null for an attribute that the host cannot name or the object does not hold.
 attribute_base* found(void* host_object, void* attribute) {
     const symbol name{
         static_cast<tesk_symbol*>(object_method_imp(attribute, symbols::getname.interned()))};
     return object_of(host_object).attributes.find(name.text());
 }
 
-// The distance that the host adds to the object to find the count, in units of 8 bytes.
-std::int64_t words_to_size(const attribute_base& self) {
-    const auto from = reinterpret_cast<std::uintptr_t>(&self.owner);
-    const auto to = reinterpret_cast<std::uintptr_t>(&self.size);
-    return static_cast<std::int64_t>(to - from) / 8;
-}
+// The host may read an element count at this distance from the object. The count lies in the
+// attribute, which each instance has elsewhere, so the host gets none: it asks the getter.
+constexpr std::int64_t no_count_offset = 0;
 
 }  // namespace
 
@@ -39,11 +38,15 @@ attribute_base& attribute_base::assign(const atoms& values) {
 }
 
 bool attribute_base::sent_to_host(const atoms& values, bool notify) {
-    if (!notify || registered_class() == nullptr) return false;
+    void* const host_object = owner.valid_host_object();
+    if (!notify || registered_class() == nullptr || host_object == nullptr) return false;
     atoms copy = values;
-    object_attr_setvalueof(owner.valid_host_object(), name.interned(),
-                           static_cast<std::int64_t>(copy.size()), copy.data());
-    return true;
+    if (object_attr_setvalueof(host_object, name.interned(), static_cast<std::int64_t>(copy.size()),
+                               copy.data()) == 0)
+        return true;
+    object_error(host_object, "%s: the host refused object_attr_setvalueof; set without it",
+                 name.c_str());
+    return false;
 }
 
 bool attribute_base::may_apply_here() const {
@@ -65,82 +68,99 @@ void attribute_base::create_at_host(tesk_class* of_class, tesk_getter host_gette
                                     tesk_setter host_setter, bool is_matrix, bool is_array) {
     const bool hidden = visibility == attribute_visibility::hidden;
     const std::int64_t flags = (readonly ? flags_of_readonly : 0) | (hidden ? flags_of_hidden : 0);
+    const auto added = [this](std::int64_t error, const char* call) {
+        require_success(error, call, "attribute " + name.text());
+    };
+    const auto made = [this](void* attribute, const char* call) {
+        return require_pointer(attribute, call, "attribute " + name.text());
+    };
     if (style == style_time) {
-        class_time_addattr(of_class, name.c_str(), title.c_str(), flags);
+        added(class_time_addattr(of_class, name.c_str(), title.c_str(), flags),
+              "class_time_addattr");
     } else if (is_matrix) {
         const symbol kind = is_array ? "vrx_attr_offset_array" : "vrx_attr_offset";
-        void* const made = object_new_imp(
-            symbol("vrxter").interned(), kind.interned(), name.c_str(), datatype.interned(),
-            flags_of_matrix | (readonly ? flags_of_readonly : 0), host_getter, host_setter,
-            is_array ? words_to_size(*this) : 0);
-        vrx_class_addattr(of_class, made);
+        void* const attribute =
+            made(object_new_imp(symbol("vrxter").interned(), kind.interned(), name.c_str(),
+                                datatype.interned(),
+                                flags_of_matrix | (readonly ? flags_of_readonly : 0), host_getter,
+                                host_setter, no_count_offset),
+                 "object_new_imp");
+        added(vrx_class_addattr(of_class, attribute), "vrx_class_addattr");
     } else if (is_array) {
-        class_addattr(of_class,
-                      attr_offset_array_new(name.c_str(), datatype.interned(), most_elements, flags,
-                                            host_getter, host_setter, words_to_size(*this), 0));
+        void* const attribute =
+            made(attr_offset_array_new(name.c_str(), datatype.interned(), most_elements, flags,
+                                       host_getter, host_setter, no_count_offset, 0),
+                 "attr_offset_array_new");
+        added(class_addattr(of_class, attribute), "class_addattr");
     } else {
-        class_addattr(of_class, attr_offset_new(name.c_str(), datatype.interned(), flags,
-                                                host_getter, host_setter, 0));
+        void* const attribute = made(
+            attr_offset_new(name.c_str(), datatype.interned(), flags, host_getter, host_setter, 0),
+            "attr_offset_new");
+        added(class_addattr(of_class, attribute), "class_addattr");
     }
     if (hidden)
-        class_attr_addattr_parse(of_class, name.c_str(), "invisible",
-                                 symbols::long_integer.interned(), 1, "1");
+        added(class_attr_addattr_parse(of_class, name.c_str(), "invisible",
+                                       symbols::long_integer.interned(), 1, "1"),
+              "class_attr_addattr_parse");
 }
 
 deferred_attribute_set::deferred_attribute_set(attribute_base* attribute, function apply)
     : attribute_(attribute),
       apply_(apply),
-      qelem_(qelem_new(this, reinterpret_cast<tesk_method>(apply_pending))) {}
+      qelem_(this, apply_pending, "attribute " + attribute->name.text()) {}
 
 deferred_attribute_set::~deferred_attribute_set() {
-    qelem_free(qelem_);
     delete pending_.exchange(nullptr);
 }
 
 void deferred_attribute_set::post(const atoms& values) {
     auto next = std::make_unique<atoms>(values);
-    // The list is complete before the pointer that shows it; a list it replaces is ours again.
+    // Publishes the complete list; the one it replaces belongs to this thread again.
     const std::unique_ptr<atoms> replaced(
         pending_.exchange(next.release(), std::memory_order_acq_rel));
-    qelem_set(qelem_);
+    qelem_.set();
 }
 
 void deferred_attribute_set::apply_pending(void* record) {
-    guarded(0, [record] {
+    guarded([record] {
         auto& self = *static_cast<deferred_attribute_set*>(record);
-        // Everything the writer put into the list may be read.
+        // Acquires the list as the writer completed it.
         const std::unique_ptr<atoms> values(
             self.pending_.exchange(nullptr, std::memory_order_acq_rel));
         if (values) self.apply_(*self.attribute_, *values);
-        return 0;
     });
 }
 
 std::int64_t attribute_getter_callback(void* host_object, void* attribute, std::int64_t* count,
                                        tesk_atom** values) {
-    return guarded(std::int64_t{0}, [=] {
+    guarded([=] {
         const attribute_base* const asked = found(host_object, attribute);
-        if (asked == nullptr) return std::int64_t{0};
+        if (asked == nullptr) return;
         const atoms got = asked->get();
         const auto size = static_cast<std::int64_t>(got.size());
         if (*count != size || *values == nullptr) {
             if (*count != 0 && *values != nullptr) sysmem_freeptr(*values);
-            *count = size;
+            *count = 0;
             *values = static_cast<tesk_atom*>(
                 sysmem_newptr(size * static_cast<std::int64_t>(sizeof(atom))));
+            if (*values == nullptr && size > 0) {
+                object_error(host_object, "%s: no memory for its value", asked->name.c_str());
+                return;
+            }
+            *count = size;
         }
-        for (std::size_t i = 0; i < got.size(); ++i) (*values)[i] = got[i];
-        return std::int64_t{0};
+        std::copy(got.begin(), got.end(), *values);
     });
+    return 0;
 }
 
 std::int64_t attribute_setter_callback(void* host_object, void* attribute, std::int64_t count,
                                        tesk_atom* values) {
-    return guarded(std::int64_t{0}, [=] {
+    guarded([=] {
         attribute_base* const named = found(host_object, attribute);
         if (named != nullptr) named->set(atoms_from(count, values), false, false);
-        return std::int64_t{0};
     });
+    return 0;
 }
 
 }  // namespace kv7::ply

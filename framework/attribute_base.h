@@ -9,6 +9,7 @@
 #include <string>
 
 #include "framework/atoms.h"
+#include "framework/host_answer.h"
 #include "framework/object_base.h"
 
 namespace kv7::ply {
@@ -38,7 +39,7 @@ public:
     bool readonly = false;
     attribute_visibility visibility = attribute_visibility::shown;  // disabled: not registered
     std::string description;
-    std::int64_t size = 0;            // element count field of an array
+    std::int64_t size = 0;            // elements of an array's value; main thread
     std::int32_t style = style_none;  // an attribute_style, or another number of the host
     symbol category;
     std::int32_t order = 0;  // in the inspector
@@ -60,20 +61,22 @@ protected:
     attribute_base(object_base* owner, const std::string& name);
     ~attribute_base() = default;
 
-    bool sent_to_host(const atoms& values, bool notify);  // it comes back through the setter
-    bool may_apply_here() const;                          // on this thread, with Threadsafety 0
-    void notify_if_value();                               // the host, of "value"
+    // Hands values to the host, which sets them through the setter callback. False when they are
+    // still to be written: nothing to notify, or a refusal, which is reported.
+    bool sent_to_host(const atoms& values, bool notify);
+    bool may_apply_here() const;  // on this thread, with Threadsafety 0
+    void notify_if_value();       // the host, of "value"
     void create_at_host(tesk_class* of_class, tesk_getter host_getter, tesk_setter host_setter,
                         bool is_matrix, bool is_array);
 };
 
-// A write on its way to the main thread; one that comes before it fires takes its place.
+// A write on its way to the main thread; a later one that comes before it fires replaces it.
 class deferred_attribute_set {
 public:
     using function = void (*)(attribute_base& attribute, const atoms& values);
 
     deferred_attribute_set(attribute_base* attribute, function apply);
-    ~deferred_attribute_set();  // drops what has not fired
+    ~deferred_attribute_set();  // drops a write that has not fired
     deferred_attribute_set(const deferred_attribute_set&) = delete;
     deferred_attribute_set& operator=(const deferred_attribute_set&) = delete;
     void post(const atoms& values);  // any thread
@@ -82,12 +85,12 @@ private:
     static void apply_pending(void* record);  // main thread
     attribute_base* attribute_;
     function apply_;
-    void* qelem_;
     std::atomic<atoms*> pending_{nullptr};  // owned by whoever exchanges it out
+    qelem qelem_;
 };
 
-// Given to the host for every attribute. Both answer 0. Setting: any thread. Reading: any thread
-// with Threadsafety 2, the main thread with 0.
+// Given to the host for every attribute; any thread. Both answer 0, also for a name that the object
+// does not hold. A value for which the host has no memory reads as none, which is reported.
 std::int64_t attribute_getter_callback(void* host_object, void* attribute, std::int64_t* count,
                                        tesk_atom** values);
 std::int64_t attribute_setter_callback(void* host_object, void* attribute, std::int64_t count,

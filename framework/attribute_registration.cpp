@@ -1,13 +1,17 @@
 #include "framework/attribute_registration.h"
 
 #include <cstddef>
-#include <cstdio>
+#include <ios>
+#include <locale>
 #include <sstream>
 #include <string>
 #include <unordered_map>
 #include <vector>
 
+#include "framework/guarded.h"
+#include "framework/host_answer.h"
 #include "framework/symbol_table.h"
+#include "framework/text.h"
 
 namespace kv7::ply {
 
@@ -25,37 +29,54 @@ const std::unordered_map<int, const char*> style_names{{1, "text"},      {2, "on
 struct property_writer {
     tesk_class* of_class;
     const attribute_base& attribute;
+    refused_properties& refused;
 
     void parse(const char* key, const symbol& type, const std::string& text) const {
-        class_attr_addattr_parse(of_class, attribute.name.c_str(), key, type.interned(), 0,
-                                 text.c_str());
+        note(class_attr_addattr_parse(of_class, attribute.name.c_str(), key, type.interned(), 0,
+                                      text.c_str()),
+             key);
     }
     void value(const char* key, const symbol& type, atom one) const {
-        class_attr_addattr_atoms(of_class, attribute.name.c_str(), key, type.interned(), 0, 1,
-                                 &one);
+        note(class_attr_addattr_atoms(of_class, attribute.name.c_str(), key, type.interned(), 0, 1,
+                                      &one),
+             key);
+    }
+    void label() const {
+        tesk_symbol* const translated = gensym_tr(attribute.title.c_str());
+        note(class_attr_addattr_format(
+                 of_class, attribute.name.c_str(), "label", symbols::symbol_type.interned(), 0, "s",
+                 translated != nullptr ? translated : attribute.title.interned()),
+             "label");
     }
     // The type that the host gave the attribute.
     symbol own_type() const {
-        void* const at_host = class_attr_get(of_class, attribute.name.interned());
+        void* const at_host =
+            require_pointer(class_attr_get(of_class, attribute.name.interned()), "class_attr_get",
+                            "attribute " + attribute.name.text());
         auto* const type =
             static_cast<tesk_symbol*>(object_method_imp(at_host, symbols::gettype.interned()));
         return type != nullptr ? symbol(type) : attribute.datatype;
+    }
+    void note(std::int64_t error, const char* key) const {
+        if (error != 0 && refused.count++ == 0) refused.first = attribute.name.text() + " " + key;
     }
 };
 
 void write_default(const property_writer& write) {
     const attribute_base& attribute = write.attribute;
     if (attribute.color.empty()) {
-        write.parse("default", write.own_type(), attribute.default_string());
+        const std::string text = attribute.default_string();  // first: one order of host calls
+        write.parse("default", write.own_type(), text);
         return;
     }
     tesk_color rgba{};
-    object_parameter_color_get(nullptr, attribute.color.interned(), &rgba);
-    char text[4 * 32];
-    std::snprintf(text, sizeof text, "%f %f %f %f", rgba.red, rgba.green, rgba.blue, rgba.alpha);
-    write.parse("defaultname", symbols::symbol_type, text);
-    class_parameter_register_default_color(write.of_class, attribute.name.interned(),
-                                           attribute.color.interned());
+    write.note(object_parameter_color_get(nullptr, attribute.color.interned(), &rgba), "color");
+    std::ostringstream text = classic_text();
+    text << std::fixed << rgba.red << ' ' << rgba.green << ' ' << rgba.blue << ' ' << rgba.alpha;
+    write.parse("defaultname", symbols::symbol_type, text.str());
+    write.note(class_parameter_register_default_color(write.of_class, attribute.name.interned(),
+                                                      attribute.color.interned()),
+               "default color");
 }
 
 int quoted_items(const std::string& text) {
@@ -90,6 +111,7 @@ void write_range(const property_writer& write) {
             write_bounds(write, "0", std::to_string(n - 1));
     } else if (type == symbols::float64 || type == symbols::long_integer) {
         std::istringstream words(range);
+        words.imbue(std::locale::classic());
         std::vector<std::string> tokens;
         for (std::string token; words >> token;) tokens.push_back(token);
         if (tokens.size() == 2) write_bounds(write, tokens[0], tokens[1]);
@@ -104,18 +126,13 @@ std::int64_t setvalueof_callback(void* instance, std::int64_t count, tesk_atom* 
     return object_attr_setvalueof(instance, symbols::value.interned(), count, values);
 }
 
-template <class Function>
-void add_method(tesk_class* of_class, Function* method, const char* name, std::int32_t type) {
-    class_addmethod(of_class, reinterpret_cast<tesk_method>(method), name, type, 0);
-}
-
 }  // namespace
 
 void preset_callback(void* instance) {
     constexpr std::size_t most_values = 13;  // the host's list holds 16, three go before them
-    guarded(0, [instance] {
+    guarded([instance] {
         void* const preset = symbols::preset.object();
-        if (preset == nullptr) return 0;
+        if (preset == nullptr) return;
         std::int64_t count = 0;
         tesk_atom* values = nullptr;
         const std::int64_t error =
@@ -130,19 +147,25 @@ void preset_callback(void* instance) {
             }
             list.insert(list.begin(), {atom(instance), atom(symbol(object_classname(instance))),
                                        atom(symbols::value)});
-            binbuf_insert(preset, nullptr, static_cast<std::int64_t>(list.size()), list.data());
+            if (binbuf_insert(preset, nullptr, static_cast<std::int64_t>(list.size()),
+                              list.data()) != 0)
+                object_error(instance, "the host refused binbuf_insert: not in the preset");
         }
-        return 0;
     });
 }
 
-void register_attribute(tesk_class* of_class, attribute_base& attribute) {
+void refused_properties::report(const std::string& class_name) const {
+    if (count > 0)
+        object_error(nullptr, "%s: the host refused %d properties of attributes, the first: %s",
+                     class_name.c_str(), count, first.c_str());
+}
+
+void register_attribute(tesk_class* of_class, attribute_base& attribute,
+                        refused_properties& refused) {
     if (attribute.visibility == attribute_visibility::disabled) return;
-    const property_writer write{of_class, attribute};
+    const property_writer write{of_class, attribute, refused};
     attribute.create(of_class, attribute_getter_callback, attribute_setter_callback, false);
-    class_attr_addattr_format(of_class, attribute.name.c_str(), "label",
-                              symbols::symbol_type.interned(), 0, "s",
-                              gensym_tr(attribute.title.c_str()));
+    write.label();
     if (const auto style = style_names.find(attribute.style); style != style_names.end())
         write.parse("style", symbols::symbol_type, style->second);
     write_default(write);

@@ -2,8 +2,6 @@
 // passes through one object.
 #pragma once
 
-#include <algorithm>
-#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <sstream>
@@ -13,28 +11,24 @@
 #include <vector>
 
 #include "framework/attribute_base.h"
+#include "framework/attribute_value.h"
+#include "framework/shared_value.h"
 #include "framework/symbol_table.h"
+#include "framework/text.h"
 
 namespace kv7::ply {
 
 enum class limit : std::int32_t { none = 0 };  // a value outside its range is stored unchanged
 
-// A device that has an attribute of an enumeration tells here how many values that has:
-//     template <> struct enum_count<channel_mode> { static constexpr int value = 3; };
-template <class T>
-struct enum_count;
-
-// Threadsafety 2: written on the calling thread. 0: writes from other threads wait for the main
-// one, and may come from one such thread at a time.
+// Threadsafety 2: written on the calling thread. 0: writes from other threads are deferred to the
+// main one, the latest of them wins. Read on any thread.
 template <class T, int Threadsafety, limit Limit, int N>
 class attribute final : public attribute_base {
     static_assert(Threadsafety == 0 || Threadsafety == 2);
     static_assert(Threadsafety == 0 || std::is_trivially_copyable_v<T>, "is kept in an atomic");
+    using kind = attribute_value<T>;
     static constexpr bool is_number = std::is_same_v<T, double>;
-    static constexpr bool is_list = std::is_same_v<T, std::vector<double>>;
-    static constexpr bool is_bool = std::is_same_v<T, bool>;
     static constexpr bool is_enum = std::is_enum_v<T>;
-    static_assert(is_number || is_list || is_bool || is_enum);
 
 public:
     // A number: the range goes to the host and nowhere else.
@@ -51,7 +45,7 @@ public:
     attribute(object_base* owner_, const std::string& name_, T default_,
               const std::string& title_ = {}, const std::string& description_ = {},
               symbol category_ = {}, attribute_setter setter_ = {},
-              attribute_getter getter_ = {}) requires(is_bool || is_list)
+              attribute_getter getter_ = {}) requires(!is_number && !is_enum)
         : attribute(unfinished{}, owner_, name_, std::move(default_)) {
         finish(title_, description_, category_, std::move(setter_), std::move(getter_));
     }
@@ -70,19 +64,19 @@ public:
         assign(values);
         return *this;
     }
-    T stored() const { return value_; }
+    T stored() const { return value_.load(); }
 
     void set(const atoms& values, bool notify, bool override_readonly) override;
-    atoms get() const override { return getter ? getter() : to_atoms(value_); }
+    atoms get() const override { return getter ? getter() : kind::to_atoms(stored()); }
     std::string range_string() const override;
     void create(tesk_class* of_class, tesk_getter host_getter, tesk_setter host_setter,
                 bool is_matrix) override {
-        create_at_host(of_class, host_getter, host_setter, is_matrix, is_list);
+        create_at_host(of_class, host_getter, host_setter, is_matrix, kind::is_array);
     }
-    std::string default_string() const override { return to_text(to_atoms(default_value)); }
+    std::string default_string() const override { return to_text(kind::to_atoms(default_value)); }
 
 private:
-    std::conditional_t<Threadsafety == 2, std::atomic<T>, T> value_{};
+    shared_value<T> value_;
 
 public:
     T default_value{};
@@ -102,12 +96,10 @@ private:
               static_cast<attribute&>(self).apply_value(values);
           }) {}
 
-    static atoms to_atoms(const T& value);
     void finish(const std::string& title, const std::string& description, symbol category,
                 attribute_setter setter, attribute_getter getter);
     void write(const atoms& values);
     void apply_value(const atoms& values);  // an empty list changes nothing
-    T converted(const atoms& values) const;
 };
 
 template <class T, int Threadsafety, limit Limit, int N>
@@ -116,19 +108,15 @@ void attribute<T, Threadsafety, Limit, N>::finish(const std::string& title_,
                                                   attribute_setter setter_,
                                                   attribute_getter getter_) {
     owner.attributes.enter(name.text(), this);
-    if constexpr (is_number || is_list) {
-        datatype = symbols::float64;
-        if (name == symbol("fontname")) style = style_font;
-    } else {
-        datatype = symbols::long_integer;
-        style = is_bool ? style_onoff : style_enumindex;
-    }
+    datatype = kind::datatype();
+    style = kind::style;
+    if (style == style_none && name == symbol("fontname")) style = style_font;
     title = title_;
     description = description_;
     category = category_;
     setter = std::move(setter_);
     getter = std::move(getter_);
-    write(to_atoms(default_value));
+    write(kind::to_atoms(default_value));
     notify_if_value();
 }
 
@@ -152,55 +140,18 @@ template <class T, int Threadsafety, limit Limit, int N>
 void attribute<T, Threadsafety, Limit, N>::apply_value(const atoms& values) {
     if (values.empty()) return;
     const atoms taken = setter ? setter(values, -1) : values;
-    if (!taken.empty()) value_ = converted(taken);
-}
-
-template <class T, int Threadsafety, limit Limit, int N>
-T attribute<T, Threadsafety, Limit, N>::converted(const atoms& values) const {
-    const atom& first = values.front();
-    if constexpr (is_number) {
-        return first.as_float();
-    } else if constexpr (is_bool) {
-        return first.as_bool();
-    } else if constexpr (is_list) {
-        T list;
-        for (const atom& item : values) list.push_back(item.as_float());
-        return list;
-    } else {
-        if (!setter && first.is_symbol()) {
-            const auto place =
-                std::find(enum_map.begin(), enum_map.end(), first.as_symbol().text());
-            return place == enum_map.end() ? T{value_} : static_cast<T>(place - enum_map.begin());
-        }
-        const auto index = static_cast<std::int32_t>(first.as_long());
-        return static_cast<T>(std::clamp(index, 0, enum_count<T>::value - 1));
-    }
-}
-
-template <class T, int Threadsafety, limit Limit, int N>
-atoms attribute<T, Threadsafety, Limit, N>::to_atoms(const T& value) {
-    if constexpr (is_list)
-        return atoms(value.begin(), value.end());
-    else if constexpr (is_enum)
-        return {atom(static_cast<std::int32_t>(value))};
-    else
-        return {atom(value)};
+    if (taken.empty()) return;
+    value_.store(kind::from_atoms(taken, stored(), enum_map, !setter));
+    if constexpr (kind::is_array) size = static_cast<std::int64_t>(taken.size());
 }
 
 template <class T, int Threadsafety, limit Limit, int N>
 std::string attribute<T, Threadsafety, Limit, N>::range_string() const {
-    std::ostringstream text;
-    if constexpr (!is_list) {
-        for (const T item : range) {
-            text << '"';
-            if constexpr (!is_enum)
-                text << item;
-            else if (const auto index = static_cast<std::size_t>(item); index < enum_map.size())
-                text << enum_map[index];
-            else
-                text << index;
-            text << "\" ";
-        }
+    std::ostringstream text = classic_text();
+    for (std::size_t i = 0; i < range.size(); ++i) {
+        text << '"';
+        kind::print(text, range[i], enum_map);
+        text << "\" ";
     }
     return text.str();
 }

@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <atomic>
 #include <cstring>
+#include <stdexcept>
 
 #include "framework/attribute_registration.h"
+#include "framework/host_answer.h"
 #include "framework/message_wrappers.h"
 #include "framework/ports.h"
 #include "framework/reference_page.h"
@@ -25,14 +27,9 @@ constexpr std::int64_t count_mask = 0xFFFF;  // the host's counts of atoms have 
 constexpr std::size_t assist_size = 256;
 constexpr std::int64_t direction_outlet = 2;
 
-template <class Function>
-void add_method(tesk_class* of_class, Function* method, const char* name, std::int32_t type) {
-    class_addmethod(of_class, reinterpret_cast<tesk_method>(method), name, type, 0);
-}
-
 void assist_callback(void* instance, void*, std::int64_t direction, std::int64_t index,
                      char* text) {
-    guarded(0, [=] {
+    guarded([=] {
         const object_base& object = object_of(instance);
         const auto copy_from = [index, text](const auto& ports) {
             if (index >= 0 && static_cast<std::size_t>(index) < ports.size())
@@ -43,13 +40,12 @@ void assist_callback(void* instance, void*, std::int64_t direction, std::int64_t
             copy_from(object.outlets);
         else
             copy_from(object.inlets);
-        return 0;
     });
 }
 
 void dsp64_callback(void* instance, void* chain, const std::int16_t* connections, double rate,
                     std::int64_t vector_size, std::int64_t) {
-    guarded(0, [=] {
+    guarded([=] {
         const device_class& device = *the_device.load();
         object_base& object = object_of(instance);
         device.operator_of(instance).prepare(rate, vector_size);
@@ -61,27 +57,34 @@ void dsp64_callback(void* instance, void* chain, const std::int16_t* connections
         }
         if (message_base* const setup = object.messages.find("dspsetup"))
             setup->call({atom(rate), atom(vector_size)}, -1);
-        tesk_symbol* const name = gensym("dsp_add64");
-        const tesk_method add = object_method_direct_getmethod(chain, name);
-        if (add == nullptr) return 0;
-        void* const target = object_method_direct_getobject(chain, name);
+        const symbol name = "dsp_add64";
+        const tesk_method add =
+            require_pointer(object_method_direct_getmethod(chain, name.interned()),
+                            "object_method_direct_getmethod", "dsp_add64");
+        void* const target = require_pointer(object_method_direct_getobject(chain, name.interned()),
+                                             "object_method_direct_getobject", "dsp_add64");
         reinterpret_cast<tesk_dsp_add>(add)(target, instance, device.perform, 0, nullptr);
-        return 0;
     });
 }
 
-// Undoes, in reverse, what making an instance has reached.
+// Undoes in reverse order the steps of an instance that was not finished.
 struct unfinished_instance {
     void* instance;
     const device_class& device;
-    bool stands = false;
+    bool constructed = false;
     bool has_signals = false;
     ~unfinished_instance() {
         if (instance == nullptr) return;
         if (has_signals) z_dsp_free(instance);
-        if (stands) device.destroy(instance);
+        if (constructed) device.destroy(instance);
     }
 };
+
+// Whether the host runs as a library, in which some classes are not registered.
+bool host_is_library() {
+    void* const host = symbols::tesk.object();
+    return host != nullptr && object_attr_getlong(host, symbol("islib").interned()) != 0;
+}
 
 }  // namespace
 
@@ -109,55 +112,62 @@ std::string object_name_of(const std::string& source_path) {
 }
 
 tesk_class* class_setup(object_base& prototype, const device_class& device,
-                        const char* source_path) {
+                        const class_settings& settings, const char* source_path) {
     const std::string name = object_name_of(source_path);
-    tesk_class* const made = class_new(name.c_str(), device.make, device.free, device.instance_size,
-                                       nullptr, type_any, 0);
+    tesk_class* const made = require_pointer(class_new(name.c_str(), device.make, device.free,
+                                                       device.instance_size, nullptr, type_any, 0),
+                                             "class_new", "class " + name);
     for (const auto& [message_name, message] : prototype.messages)
         register_message(made, *message, prototype);
+    refused_properties refused;
     for (const auto& [attribute_name, attribute] : prototype.attributes)
-        register_attribute(made, *attribute);
-    update_reference_page(prototype, device, name);
+        register_attribute(made, *attribute, refused);
+    refused.report(name);
+    update_reference_page(prototype, device.metadata, settings, name);
     return made;
 }
 
 void register_device_class(const device_class& device, object_base& prototype,
-                           const char* source_path) noexcept {
-    guarded(0, [&] {
-        if (registered_class() != nullptr) return 0;
+                           const class_settings& settings, const char* source_path) noexcept {
+    guarded([&] {
+        if (registered_class() != nullptr) return;
+        if (!symbols::all_interned())
+            throw std::runtime_error("the host refused gensym while the object was loading");
         the_device.store(&device);
-        if (device.library_class == 1 &&
-            object_attr_getlong(symbols::tesk.object(), gensym("islib")) != 0)
-            return 0;
-        tesk_class* const made = class_setup(prototype, device, source_path);
+        if (settings.library_class == 1 && host_is_library()) return;
+        tesk_class* const made = class_setup(prototype, device, settings, source_path);
         add_method(made, dsp64_callback, "dsp64", type_private);
         class_dspinit(made);
         if (message_base* const setup = prototype.messages.find("teskclass_setup"))
             setup->call_one(atom(static_cast<void*>(made)), -1);
         add_method(made, assist_callback, "assist", type_private);
-        class_register((device.nobox_class == 1 ? symbols::nobox : symbols::box).interned(), made);
-        // The class is complete before the pointer that shows it.
+        require_success(
+            class_register((settings.nobox_class == 1 ? symbols::nobox : symbols::box).interned(),
+                           made),
+            "class_register", "class " + object_name_of(source_path));
+        // Publishes the complete class.
         the_class.store(made, std::memory_order_release);
         is_setup_finished = true;
-        return 0;
     });
 }
 
 void* make_instance(const device_class& device, tesk_symbol* name, std::int64_t count,
                     tesk_atom* values) noexcept {
-    const auto given = static_cast<std::int16_t>(count & count_mask);
-    const std::int64_t leading = attr_args_offset(given, values);
-    void* const instance = object_alloc(registered_class());
-    if (instance == nullptr) return nullptr;
     return guarded(static_cast<void*>(nullptr), [&]() -> void* {
+        tesk_class* const of_class =
+            require_pointer(registered_class(), "class_register", "the class of an instance");
+        const auto given = static_cast<std::int16_t>(count & count_mask);
+        const std::int64_t leading = attr_args_offset(given, values);
+        void* const instance =
+            require_pointer(object_alloc(of_class), "object_alloc", "an instance");
         unfinished_instance undo{instance, device};
-        const atoms arguments = atoms_from(leading, values);
+        const atoms arguments = atoms_from(std::min<std::int64_t>(leading, given), values);
         object_base* object = nullptr;
         {
             const enclosing_instance here(instance);
             object = &device.construct(instance);
         }
-        undo.stands = true;
+        undo.constructed = true;
         for (std::size_t i = 0; i < std::min(arguments.size(), object->arguments.size()); ++i)
             if (const auto& receive = object->arguments[i]->function) receive(arguments[i]);
         object->class_symbol = name;
@@ -168,6 +178,7 @@ void* make_instance(const device_class& device, tesk_symbol* name, std::int64_t 
         for (auto outlet = object->outlets.rbegin(); outlet != object->outlets.rend(); ++outlet)
             (*outlet)->create();
         if (message_base* const setup = object->messages.find("setup")) setup->call(arguments, -1);
+        // Nothing here depends on the answer, whose meaning is the host's.
         object_attach_byptr_register(instance, instance, symbols::box.interned());
         attr_args_process(instance, given, values);
         undo.instance = nullptr;
@@ -176,10 +187,9 @@ void* make_instance(const device_class& device, tesk_symbol* name, std::int64_t 
 }
 
 void free_instance(const device_class& device, void* instance) noexcept {
-    guarded(0, [&] {
+    guarded([&] {
         z_dsp_free(instance);
         device.destroy(instance);
-        return 0;
     });
 }
 

@@ -9,9 +9,11 @@
 #include <type_traits>
 #include <vector>
 
+#include "framework/guarded.h"
 #include "framework/host_interface.h"
 #include "framework/object_base.h"
 #include "framework/signal.h"
+#include "framework/text.h"
 
 #if defined(_WIN32)
 #define KV7_EXPORT __declspec(dllexport)
@@ -21,21 +23,35 @@
 
 namespace kv7::ply {
 
+// Settings of a class, which its constructor may change; read from the prototype.
+struct class_settings {
+    int skip_reference_page = 0;  // 1: no page is written
+    int nobox_class = 0;          // 1: registered in the name space "nobox"
+    int library_class = 0;        // 1: registration is skipped while the host's "islib" is set
+};
+
+constexpr std::size_t object_alignment = 64;  // bytes, of a device object
+
 // Between object_base and the device class T, which may hold these constants:
 //     static constexpr const char* class_description, *class_author;
 //     static constexpr const char* class_tags, *class_see_also;   // comma-separated
 //     static constexpr const char* class_flags;                   // comma-separated options
+// Where T is a wrapper of the device class, T::described_class names that class, which holds them.
 template <class T, int N>
-class object : public object_base {
+class alignas(object_alignment) object : public object_base, public class_settings {
 public:
-    // Settings of the class, read from the prototype.
-    int skip_reference_page = 0;  // 1: no page is written
-    int nobox_class = 0;          // 1: registered in the name space "nobox"
-    int library_class = 0;        // 1: registration is skipped while the host's "islib" is set
-
     std::vector<std::string> class_options() const override {
-        if constexpr (requires { T::class_flags; })
-            return split_list(T::class_flags);
+        if constexpr (requires { typename T::described_class; })
+            return options_of<typename T::described_class>();
+        else
+            return options_of<T>();
+    }
+
+private:
+    template <class Described>
+    static std::vector<std::string> options_of() {
+        if constexpr (requires { Described::class_flags; })
+            return split_list(Described::class_flags);
         else
             return {};
     }
@@ -51,7 +67,7 @@ struct class_metadata {
 
 // All that the framework needs to know of a device class; one constant for each.
 struct device_class {
-    std::int64_t instance_size;                      // bytes, header and device object
+    std::int64_t instance_size;                      // bytes, of host_instance
     object_base& (*construct)(void* host_instance);  // in place
     void (*destroy)(void* host_instance);            // in place
     object_base& (*base_of)(void* host_instance);    // any thread
@@ -60,36 +76,40 @@ struct device_class {
     tesk_new make;
     tesk_free free;
     class_metadata metadata;
-    // From the prototype.
-    int skip_reference_page = 0;
-    int nobox_class = 0;
-    int library_class = 0;
 };
 
-// What the host allocates for one object.
+// What the host allocates for one object: its own header, then the device object at the next
+// aligned address. A host may align its memory to less than that, so the size has room to spare.
 template <class T>
 struct host_instance {
-    tesk_signal_object header;
-    alignas(64) std::byte storage[sizeof(T)];
+    static constexpr std::size_t size =
+        sizeof(tesk_signal_object) + sizeof(T) + object_alignment - alignof(tesk_signal_object);
 
-    static_assert(alignof(T) <= 64 && sizeof(tesk_signal_object) % 64 == 0);
+    static_assert(alignof(T) == object_alignment);
+    static void* storage(void* instance) noexcept {
+        const auto header_end =
+            reinterpret_cast<std::uintptr_t>(instance) + sizeof(tesk_signal_object);
+        return reinterpret_cast<void*>((header_end + object_alignment - 1) &
+                                       ~(object_alignment - 1));
+    }
     static T& device(void* instance) noexcept {
-        return *std::launder(reinterpret_cast<T*>(static_cast<host_instance*>(instance)->storage));
+        return *std::launder(static_cast<T*>(storage(instance)));
     }
 };
 
-tesk_class* registered_class() noexcept;  // null until registration ends; any thread
+tesk_class* registered_class() noexcept;  // null until registration has ended well; any thread
 bool setup_finished() noexcept;           // false until registration ends; main thread
 object_base& object_of(void* host_instance);
 
 // orv.device.vesk_tilde.cpp gives orv.device.vesk~, plain.cpp gives plain.
 std::string object_name_of(const std::string& source_path);
 
-// The parts of registration, instances and signal set-up that do not depend on the class.
+// The parts of registration, instances and signal set-up that do not depend on the class. What the
+// host refuses ends them with one line in the error channel; a later load registers anew.
 void register_device_class(const device_class& device, object_base& prototype,
-                           const char* source_path) noexcept;
+                           const class_settings& settings, const char* source_path) noexcept;
 tesk_class* class_setup(object_base& prototype, const device_class& device,
-                        const char* source_path);
+                        const class_settings& settings, const char* source_path);  // throws
 void* make_instance(const device_class& device, tesk_symbol* name, std::int64_t count,
                     tesk_atom* values) noexcept;
 void free_instance(const device_class& device, void* instance) noexcept;
@@ -116,12 +136,10 @@ constexpr class_metadata metadata_of() {
 }
 
 template <class T>
-device_class& device_class_of() {
-    static device_class device{
-        sizeof(host_instance<T>),
-        [](void* memory) -> object_base& {
-            return *::new (static_cast<host_instance<T>*>(memory)->storage) T;
-        },
+const device_class& device_class_of() {
+    static const device_class device{
+        host_instance<T>::size,
+        [](void* memory) -> object_base& { return *::new (host_instance<T>::storage(memory)) T; },
         [](void* instance) { std::destroy_at(&host_instance<T>::device(instance)); },
         [](void* instance) -> object_base& { return host_instance<T>::device(instance); },
         [](void* instance) -> vector_operator<0>& { return host_instance<T>::device(instance); },
@@ -139,33 +157,10 @@ device_class& device_class_of() {
 template <class T>
 void register_class(const char* source_path, T* prototype = nullptr) noexcept {
     if (registered_class() != nullptr) return;
-    guarded(0, [=] {
-        struct aligned_delete {
-            void operator()(T* made) const {
-                std::destroy_at(made);
-                ::operator delete (made, std::align_val_t{64});
-            }
-        };
-        std::unique_ptr<T, aligned_delete> made;
-        T* used = prototype;
-        if (used == nullptr) {
-            struct raw_delete {
-                void operator()(void* memory) const {
-                    ::operator delete (memory, std::align_val_t{64});
-                }
-            };
-            std::unique_ptr<void, raw_delete> memory(
-                ::operator new (sizeof(T), std::align_val_t{64}));
-            used = ::new (memory.get()) T;
-            static_cast<void>(memory.release());
-            made.reset(used);
-        }
-        device_class& device = device_class_of<T>();
-        device.skip_reference_page = used->skip_reference_page;
-        device.nobox_class = used->nobox_class;
-        device.library_class = used->library_class;
-        register_device_class(device, *used, source_path);
-        return 0;
+    guarded([=] {
+        const std::unique_ptr<T> made(prototype == nullptr ? new T : nullptr);
+        T& used = prototype == nullptr ? *made : *prototype;
+        register_device_class(device_class_of<T>(), used, used, source_path);
     });
 }
 

@@ -2,7 +2,7 @@
 
 #include <cstddef>
 
-#include "framework/object_base.h"
+#include "framework/text.h"
 
 namespace kv7::ply {
 

@@ -26,8 +26,8 @@ struct tesk_atom {
     } value;
 };
 
-// How every signal object begins. The device object stands behind it, 64-byte aligned.
-struct alignas(64) tesk_signal_object {
+// How every signal object begins; the device object follows it.
+struct tesk_signal_object {
     tesk_class* of_class;  // the host's
     void* record;          // the host's
     void* reserved[5];     // the host's
@@ -111,7 +111,7 @@ int64_t class_parameter_register_default_color(tesk_class* of_class, tesk_symbol
                                                tesk_symbol* color);
 
 // Objects and their attributes.
-void* object_alloc(tesk_class* of_class);  // zeroed, 64-byte aligned; stays the host's
+void* object_alloc(tesk_class* of_class);  // zeroed, owned by the host; any alignment from 8 on
 void object_free(void* object);
 void* object_new_imp(tesk_symbol* name_space, tesk_symbol* class_name, const char* name,
                      tesk_symbol* type, int64_t flags, tesk_getter getter, tesk_setter setter,

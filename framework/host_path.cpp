@@ -1,10 +1,12 @@
 #include "framework/host_path.h"
 
+#include <algorithm>
 #include <iostream>
 #include <stdexcept>
 
 #include "framework/class_registration.h"
 #include "framework/host_interface.h"
+#include "framework/text.h"
 
 namespace kv7::ply {
 
@@ -17,7 +19,7 @@ constexpr std::int16_t most_types = 32;
 
 void refpage_error(const char* text) {
     if (setup_finished()) throw std::runtime_error(text);
-    std::cerr << text << std::endl;
+    print_line(std::cerr, text);
 }
 
 host_path::host_path(const std::string& name, path_kind kind, bool create)
@@ -27,7 +29,8 @@ host_path::host_path(const std::string& name, path_kind kind, bool create)
     std::int16_t count = 0;
     if (kind == path_kind::folder) types[static_cast<std::size_t>(count++)] = type_folder;
     if (kind == path_kind::object_file)
-        count = typelist_make(types.data(), most_types, static_cast<std::int16_t>(kind));
+        count = std::clamp(typelist_make(types.data(), most_types, static_cast<std::int16_t>(kind)),
+                           std::int16_t{0}, most_types);
     const std::int16_t error = locatefile_extended(file_name.data(), &path, &file_type,
                                                    count == 0 ? nullptr : types.data(), count);
     if (error == 0)
@@ -38,7 +41,9 @@ host_path::host_path(const std::string& name, path_kind kind, bool create)
         refpage_error("can only create folders, not files");
     else
         create_folder(name);
-    if (is_folder) path_getpath(path, file_name.data(), &path);
+    if (!is_folder) return;
+    std::int16_t folder = 0;
+    path = path_getpath(path, file_name.data(), &folder) == 0 ? folder : std::int16_t{0};
 }
 
 void host_path::create_folder(const std::string& name) {

@@ -8,6 +8,8 @@
 #include <type_traits>
 
 #include "framework/class_registration.h"
+#include "framework/guarded.h"
+#include "framework/host_answer.h"
 
 namespace kv7::ply {
 
@@ -43,13 +45,13 @@ atom as_atom(void* value) {
 // The host's arguments become one atom each.
 template <text Name, class... Arguments>
 void plain(void* self, Arguments... values) {
-    guarded(0, [&] { return call(self, Name.characters, {as_atom(values)...}), 0; });
+    guarded([&] { call(self, Name.characters, {as_atom(values)...}); });
 }
 
 // The same with the object itself in front.
 template <text Name, class... Arguments>
 void with_self(void* self, Arguments... values) {
-    guarded(0, [&] { return call(self, Name.characters, {atom(self), as_atom(values)...}), 0; });
+    guarded([&] { call(self, Name.characters, {atom(self), as_atom(values)...}); });
 }
 
 template <text Name, class... Arguments>
@@ -68,10 +70,10 @@ void* oksize(void* self, void* rectangle) {
 }
 
 void anything(void* self, tesk_symbol* selector, std::int64_t count, tesk_atom* values) {
-    guarded(0, [=] {
+    guarded([=] {
         atoms given = atoms_from(count, values);
         given.insert(given.begin(), atom(symbol(selector)));
-        return call(self, "anything", given), 0;
+        call(self, "anything", given);
     });
 }
 
@@ -86,30 +88,29 @@ struct retained_dictionary {
 };
 
 void dictionary(void* self, tesk_symbol* name) {
-    guarded(0, [=] {
+    guarded([=] {
         const retained_dictionary found(name);
-        return call(self, "dictionary", {atom(found.object)}), 0;
+        call(self, "dictionary", {atom(found.object)});
     });
 }
 
 void getplaystate(void* self, std::int64_t* playing, double* position, std::int64_t* looping) {
-    guarded(0, [=] {
+    guarded([=] {
         const atoms state = call(self, "getplaystate", {});
         if (state.size() > 0) *playing = state[0].as_long();
         if (state.size() > 1) *position = state[1].as_float();
         if (state.size() > 2) *looping = state[2].as_long();
-        return 0;
     });
 }
 
 // Integers of a class that has "float" alone.
 void int_through_float(void* self, std::int64_t value) {
-    guarded(0, [=] { return call(self, "float", {atom(value)}), 0; });
+    guarded([=] { call(self, "float", {atom(value)}); });
 }
 
 template <text Name, class... Further>
 void mouse(void* self, void* view, tesk_point at, std::int64_t modifiers, Further... further) {
-    guarded(0, [&] {
+    guarded([&] {
         mouse_event event{.object = self,
                           .box = self,
                           .view = view,
@@ -119,17 +120,16 @@ void mouse(void* self, void* view, tesk_point at, std::int64_t modifiers, Furthe
                           .y = at.y,
                           .modifiers = static_cast<std::uint32_t>(modifiers)};
         jbox_get_rect_for_view(self, view, &event.rectangle);
-        return call(self, Name.characters, {atom(static_cast<void*>(&event)), as_atom(further)...}),
-               0;
+        call(self, Name.characters, {atom(static_cast<void*>(&event)), as_atom(further)...});
     });
 }
 
 template <text Name>
 void touch(void* self, void* view, const tesk_touch* finger) {
-    guarded(0, [&] {
+    guarded([&] {
         touch_event event{self, self, view, patcherview_get_jgraphics(view), {}, *finger};
         jbox_get_rect_for_view(self, view, &event.rectangle);
-        return call(self, Name.characters, {atom(static_cast<void*>(&event))}), 0;
+        call(self, Name.characters, {atom(static_cast<void*>(&event))});
     });
 }
 
@@ -137,26 +137,25 @@ void touch(void* self, void* view, const tesk_touch* finger) {
 void plain_strings(void* self, tesk_symbol* selector, ...) {
     std::va_list strings;
     va_start(strings, selector);
-    guarded(0, [&] {
+    guarded([&] {
         atoms given;
         for (const char* s; (s = va_arg(strings, const char*)) != nullptr;)
             given.emplace_back(symbol(s));
-        return call(self, selector->name, given), 0;
+        call(self, symbol(selector).c_str(), given);
     });
     va_end(strings);
 }
 
 void any_result(void* self, tesk_symbol* selector, std::int64_t count, tesk_atom* values,
                 tesk_atom* result) {
-    guarded(0, [=] {
-        const atoms answer = call(self, selector->name, atoms_from(count, values));
+    guarded([=] {
+        const atoms answer = call(self, symbol(selector).c_str(), atoms_from(count, values));
         if (!answer.empty()) *result = answer.front();
-        return 0;
     });
 }
 
 void any(void* self, tesk_symbol* selector, std::int64_t count, tesk_atom* values) {
-    guarded(0, [=] { return call(self, selector->name, atoms_from(count, values)), 0; });
+    guarded([=] { call(self, symbol(selector).c_str(), atoms_from(count, values)); });
 }
 
 // One message whose argument list at the host is its own.
@@ -225,11 +224,6 @@ const row* row_named(std::string_view name) {
     return place == std::end(rows) ? nullptr : place;
 }
 
-template <class Function>
-void add(tesk_class* of_class, Function* method, const char* name, std::int32_t type) {
-    class_addmethod(of_class, reinterpret_cast<tesk_method>(method), name, type, 0);
-}
-
 }  // namespace
 
 void register_message(tesk_class* of_class, const message_base& message,
@@ -238,16 +232,16 @@ void register_message(tesk_class* of_class, const message_base& message,
     const std::string_view named = name;
     if (named == "dspsetup" || named == "teskclass_setup") return;
     if (const row* const own = row_named(named))
-        class_addmethod(of_class, own->method, own->host_name != nullptr ? own->host_name : name,
-                        own->type, 0);
+        add_method(of_class, own->method, own->host_name != nullptr ? own->host_name : name,
+                   own->type);
     else if (message.kind == kind_plain_strings)
-        add(of_class, plain_strings, name, type_private);
+        add_method(of_class, plain_strings, name, type_private);
     else if (message.kind == type_any_result)
-        add(of_class, any_result, name, type_any_result);
+        add_method(of_class, any_result, name, type_any_result);
     else
-        add(of_class, any, name, message.kind);
+        add_method(of_class, any, name, message.kind);
     if (named == "float" && prototype.messages.find("int") == nullptr)
-        add(of_class, int_through_float, "int", type_long);
+        add_method(of_class, int_through_float, "int", type_long);
 }
 
 }  // namespace kv7::ply

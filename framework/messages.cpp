@@ -5,6 +5,8 @@
 #include <string_view>
 #include <utility>
 
+#include "framework/guarded.h"
+
 namespace kv7::ply {
 
 namespace {
@@ -80,23 +82,31 @@ message<0>::message(object_base* owner_, const std::string& name_, message_funct
 atoms message<0>::call(const atoms& values, int inlet) {
     const int found = resolved(inlet);
     if (owner.any_thread_class() || systhread_ismainthread() != 0) return function(values, found);
-    if (queue_.enqueue({this, values, found}))
+    if (enqueue(values, found))
         defer(owner.valid_host_object(), run_deferred, reinterpret_cast<tesk_symbol*>(this), 0,
               nullptr);
     return {};
 }
 
-// The host hands the message back where a symbol would stand.
+bool message<0>::enqueue(const atoms& values, int inlet) {
+    deferred_message deferred{this, values, inlet};
+    // Acquires the queue from the producer before; nobody spins for it.
+    if (producing_.test_and_set(std::memory_order_acquire)) return false;
+    const bool taken = queue_.enqueue(std::move(deferred));
+    producing_.clear(std::memory_order_release);  // publishes the queue to the next producer
+    return taken;
+}
+
+// The host passes the message in the argument for a symbol.
 void message<0>::run_deferred(void*, tesk_symbol* target, std::int16_t, tesk_atom*) {
-    guarded(0, [target] {
+    guarded([target] {
         auto& queue = reinterpret_cast<message<0>*>(target)->queue_;
         const deferred_message* const front = queue.peek();
-        if (front == nullptr) return 0;
+        if (front == nullptr) return;
         message<0>* const called = front->target;
         deferred_message taken;
         queue.dequeue(taken);
         called->function(taken.values, taken.inlet);
-        return 0;
     });
 }
 

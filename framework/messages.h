@@ -2,6 +2,7 @@
 // or by the device.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -55,20 +56,22 @@ struct deferred_message {
     int inlet = -1;
 };
 
-// Runs its function on the main thread. A call on another one waits in the queue and answers
-// nothing; when three wait already it is dropped.
+// Runs its function on the main thread. A call on another thread is queued and answers nothing. It
+// is dropped when three are queued already, or when another thread is queueing at that moment.
 template <>
 class message<0> final : public message_base {
 public:
     message(object_base* owner, const std::string& name, message_function function,
             std::string description = {}, std::int32_t kind = type_any);
-    atoms call(const atoms& values, int inlet = -1) override;  // one thread beside the main one
+    atoms call(const atoms& values, int inlet = -1) override;  // any thread
     virtual ~message() = default;
 
 private:
     static void run_deferred(void* host_object, tesk_symbol* target, std::int16_t count,
                              tesk_atom* values);  // main; takes one call out
+    bool enqueue(const atoms& values, int inlet);
     message_queue<deferred_message> queue_{2};
+    std::atomic_flag producing_;  // a thread is inside enqueue: the queue takes one producer
 };
 
 }  // namespace kv7::ply

@@ -1,5 +1,8 @@
 #include "framework/object_base.h"
 
+#include <utility>
+
+#include "framework/host_answer.h"
 #include "framework/symbol_table.h"
 
 namespace kv7::ply {
@@ -25,28 +28,13 @@ object_base::object_base()
     void* const saved = symbols::saved_dictionary.object();
     owns_state_dictionary =
         saved == nullptr || object_classname_compare(saved, dictionary.interned()) == 0;
-    state_dictionary = owns_state_dictionary ? dictionary_new() : saved;
+    state_dictionary = owns_state_dictionary
+                           ? require_pointer(dictionary_new(), "dictionary_new", "saved state")
+                           : saved;
 }
 
 object_base::~object_base() {
     if (owns_state_dictionary) object_free(state_dictionary);
-}
-
-std::string trimmed(const std::string& text) {
-    const std::size_t first = text.find_first_not_of(' ');
-    if (first == std::string::npos) return {};
-    return text.substr(first, text.find_last_not_of(' ') - first + 1);
-}
-
-std::vector<std::string> split_list(const std::string& commas) {
-    std::vector<std::string> items;
-    if (trimmed(commas).empty()) return items;
-    std::size_t begin = 0;
-    for (std::size_t comma; (comma = commas.find(',', begin)) != std::string::npos;
-         begin = comma + 1)
-        items.push_back(trimmed(commas.substr(begin, comma - begin)));
-    items.push_back(trimmed(commas.substr(begin)));
-    return items;
 }
 
 }  // namespace kv7::ply

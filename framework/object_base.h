@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <functional>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "framework/atoms.h"
@@ -71,20 +70,5 @@ public:
     enclosing_instance(const enclosing_instance&) = delete;
     enclosing_instance& operator=(const enclosing_instance&) = delete;
 };
-
-std::string trimmed(const std::string& text);                    // without outer blanks
-std::vector<std::string> split_list(const std::string& commas);  // each trimmed; "" gives none
-
-// Runs what the host called; an exception ends here, its text goes to the error channel, and the
-// host gets the answer for no result.
-template <class Result, class Function>
-Result guarded(Result no_result, Function&& function) noexcept {
-    try {
-        return std::forward<Function>(function)();
-    } catch (const std::exception& failure) {
-        object_error(nullptr, "%s", failure.what());
-        return no_result;
-    }
-}
 
 }  // namespace kv7::ply

@@ -10,22 +10,28 @@
 namespace kv7::ply {
 
 // The fixed order makes registration, the reference page and a device's own walks the same on
-// every system. An entry under a name that is there already takes the old one's place.
+// every system. An entry under a name that is there already replaces the old one.
 template <class T>
 class ordered_map {
 public:
     using entry = std::pair<std::string, T*>;
 
     void enter(const std::string& name, T* value) {
-        const auto [place, is_new] = places_.try_emplace(name, entries_.size());
-        if (is_new)
-            entries_.emplace_back(name, value);
-        else
-            entries_[place->second].second = value;
+        if (const auto known = indices_.find(name); known != indices_.end()) {
+            entries_[known->second].second = value;
+            return;
+        }
+        entries_.emplace_back(name, value);
+        try {
+            indices_.emplace(name, entries_.size() - 1);
+        } catch (...) {
+            entries_.pop_back();  // both or neither
+            throw;
+        }
     }
     T* find(const std::string& name) const {  // null when there is none; any thread
-        const auto place = places_.find(name);
-        return place == places_.end() ? nullptr : entries_[place->second].second;
+        const auto found = indices_.find(name);
+        return found == indices_.end() ? nullptr : entries_[found->second].second;
     }
     auto begin() const noexcept { return entries_.begin(); }
     auto end() const noexcept { return entries_.end(); }
@@ -33,7 +39,7 @@ public:
 
 private:
     std::vector<entry> entries_;
-    std::unordered_map<std::string, std::size_t> places_;
+    std::unordered_map<std::string, std::size_t> indices_;
 };
 
 }  // namespace kv7::ply

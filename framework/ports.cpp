@@ -2,25 +2,20 @@
 
 #include <utility>
 
+#include "framework/guarded.h"
+
 namespace kv7::ply {
 
 namespace {
 
 void run_trigger(void* trigger) {
-    guarded(0, [trigger] {
-        static_cast<thread_trigger<void*, 3>*>(trigger)->callback();
-        return 0;
-    });
+    guarded([trigger] { static_cast<thread_trigger<void*, 3>*>(trigger)->callback(); });
 }
 
 }  // namespace
 
 thread_trigger<void*, 3>::thread_trigger(void* baton_)
-    : baton(baton_), qelem_(qelem_new(this, reinterpret_cast<tesk_method>(run_trigger))) {}
-
-thread_trigger<void*, 3>::~thread_trigger() {
-    qelem_free(qelem_);
-}
+    : baton(baton_), qelem_(this, run_trigger, "outlet") {}
 
 port::port(object_base* owner_, std::string description_, std::string type_)
     : owner(*owner_), description(std::move(description_)), type(std::move(type_)) {}
@@ -44,7 +39,9 @@ outlet<3, 0>::outlet(object_base* owner_, std::string description_, std::string 
 }
 
 void outlet<3, 0>::create() {
-    instance = outlet_new(owner.valid_host_object(), type.empty() ? nullptr : type.c_str());
+    void* const host_object = owner.valid_host_object();
+    instance = outlet_new(host_object, type.empty() ? nullptr : type.c_str());
+    if (host_object != nullptr) require_pointer(instance, "outlet_new", "outlet " + description);
     queue_.baton = instance;
 }
 

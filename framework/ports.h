@@ -36,7 +36,7 @@ protected:
 class outlet_base : public port {
 public:
     virtual ~outlet_base() = default;
-    virtual void create() = 0;  // makes the host's outlet; the host keeps it
+    virtual void create() = 0;  // makes the host's outlet, which the host keeps; throws
 
 protected:
     outlet_base(object_base* owner, std::string description, std::string type);

@@ -3,15 +3,19 @@
 #include <algorithm>
 #include <cstdint>
 #include <exception>
+#include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <locale>
 #include <ostream>
+#include <system_error>
 #include <vector>
 
 #include "framework/attribute_base.h"
 #include "framework/doc_text.h"
 #include "framework/host_path.h"
 #include "framework/messages.h"
+#include "framework/text.h"
 
 namespace kv7::ply {
 
@@ -79,15 +83,9 @@ std::string folder_of(const std::string& path) {
     return folder;
 }
 
-}  // namespace
-
-void write_reference_page(const object_base& prototype, const device_class& device,
-                          const std::string& page_path, const std::string& tesk_class_name) {
-    if (device.skip_reference_page == 1) return;
-    std::cout << "Updating Reference Page for class " << tesk_class_name << std::endl;
-    std::ofstream page(page_path);
-    if (!page) refpage_error("failed to open file stream for refpage");
-    write_head(page, device.metadata, tesk_class_name);
+void write_page(std::ostream& page, const object_base& prototype, const class_metadata& metadata,
+                const std::string& tesk_class_name) {
+    write_head(page, metadata, tesk_class_name);
     page << "\t<!--ARGUMENTS-->\n\n\t<objarglist>\n\n";
     for (const argument_base* argument : prototype.arguments) write_argument(page, *argument);
     page << "\t</objarglist>\n\n\n\t<!--MESSAGES-->\n\n\t<methodlist>\n\n";
@@ -97,19 +95,48 @@ void write_reference_page(const object_base& prototype, const device_class& devi
     for (const attribute_base* attribute : shown_by_name(prototype))
         write_attribute(page, *attribute);
     page << "\t</attributelist>\n\n\n\t<!--RELATED-->\n\n\t<seealsolist>\n";
-    for (const std::string& name : split_list(device.metadata.see_also))
+    for (const std::string& name : split_list(metadata.see_also))
         page << "\t\t<seealso name='" << name << "' />\n";
     page << "\t</seealsolist>\n\n\n</kv7object>\n";
 }
 
-void update_reference_page(const object_base& prototype, const device_class& device,
-                           const std::string& tesk_class_name) noexcept {
+}  // namespace
+
+void write_reference_page(const object_base& prototype, const class_metadata& metadata,
+                          const class_settings& settings, const std::string& page_path,
+                          const std::string& tesk_class_name) {
+    if (settings.skip_reference_page == 1) return;
+    print_line(std::cout, "Updating Reference Page for class " + tesk_class_name);
+    // A page cut short by a full disk would be younger than the object file and stay: written
+    // alongside, the page appears when it is complete.
+    const std::string unfinished = page_path + ".part";
+    std::error_code error;
+    std::ofstream page(unfinished);
+    if (!page) return refpage_error("failed to open file stream for refpage");
+    page.imbue(std::locale::classic());
+    write_page(page, prototype, metadata, tesk_class_name);
+    page.close();
+    if (!page) {
+        std::filesystem::remove(unfinished, error);
+        return refpage_error("failed to write the refpage");
+    }
+    std::filesystem::rename(unfinished, page_path, error);
+    if (!error) return;
+    std::filesystem::remove(unfinished, error);
+    refpage_error("failed to open file stream for refpage");
+}
+
+void update_reference_page(const object_base& prototype, const class_metadata& metadata,
+                           const class_settings& settings, const std::string& tesk_class_name) {
     try {
         const host_path object_file(tesk_class_name, path_kind::object_file, false);
         const std::uint64_t object_date = date_modified(object_file);
-        const std::string package = folder_of(folder_of(absolute_path(object_file)));
-        const host_path docs(package + "/docs", path_kind::folder, true);
-        const std::string page_path = absolute_path(docs) + "/" + tesk_class_name + ".teskref.xml";
+        const std::string docs_path = folder_of(folder_of(absolute_path(object_file))) + "/docs";
+        const host_path docs(docs_path, path_kind::folder, true);
+        // Where there is no such folder the page goes nowhere, not to the root of the file system.
+        const std::string folder = docs.path != 0 ? absolute_path(docs) : std::string();
+        const std::string page_path =
+            (folder.empty() ? docs_path : folder) + "/" + tesk_class_name + ".teskref.xml";
         host_path page;
         std::uint64_t page_date = 0;
         try {
@@ -120,9 +147,9 @@ void update_reference_page(const object_base& prototype, const device_class& dev
             page_date = 0;
         }
         if (page.path == 0 || page_date < object_date)
-            write_reference_page(prototype, device, page_path, tesk_class_name);
+            write_reference_page(prototype, metadata, settings, page_path, tesk_class_name);
     } catch (const std::exception& failure) {
-        std::cerr << "DOC UPDATE ERROR: " << failure.what() << std::endl;
+        print_line(std::cerr, std::string("DOC UPDATE ERROR: ") + failure.what());
     }
 }
 

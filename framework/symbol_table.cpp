@@ -1,29 +1,46 @@
 #include "framework/symbol_table.h"
 
+#include <algorithm>
+#include <initializer_list>
+
 namespace kv7::ply {
 
 namespace symbols {
 
-const symbol empty{""};
-const symbol saved_dictionary{"#D"};
-const symbol preset{"_preset"};
-const symbol box{"box"};
-const symbol nobox{"nobox"};
-const symbol float64{"float64"};
-const symbol getname{"getname"};
-const symbol gettype{"gettype"};
-const symbol long_integer{"long"};
-const symbol tesk{"tesk"};
-const symbol modified{"modified"};
-const symbol symbol_type{"symbol"};
-const symbol value{"value"};
+// From gensym's answer as it is: an exception while the file loads would end the host.
+const symbol empty{gensym("")};
+const symbol saved_dictionary{gensym("#D")};
+const symbol preset{gensym("_preset")};
+const symbol box{gensym("box")};
+const symbol nobox{gensym("nobox")};
+const symbol float64{gensym("float64")};
+const symbol getname{gensym("getname")};
+const symbol gettype{gensym("gettype")};
+const symbol long_integer{gensym("long")};
+const symbol tesk{gensym("tesk")};
+const symbol modified{gensym("modified")};
+const symbol symbol_type{gensym("symbol")};
+const symbol value{gensym("value")};
+
+bool all_interned() noexcept {
+    const auto all = {empty,   saved_dictionary, preset, box,      nobox,       float64, getname,
+                      gettype, long_integer,     tesk,   modified, symbol_type, value};
+    return std::none_of(all.begin(), all.end(),
+                        [](const symbol& s) { return s.interned() == nullptr; });
+}
 
 }  // namespace symbols
 
 namespace {
 
-// Interned for the host's sake only; nothing here refers to them again.
-[[maybe_unused]] const symbol further_names[]{
+// Interns names for the host's sake only; nothing here refers to them again.
+struct interned_names {
+    interned_names(std::initializer_list<const char*> names) noexcept {
+        for (const char* name : names) gensym(name);
+    }
+};
+
+const interned_names further_names{
     "#B",
     "#P",
     "attr_modified",
@@ -43,7 +60,7 @@ namespace {
 };
 
 // The host's theme colours, which an attribute's `color` may name.
-[[maybe_unused]] const symbol theme_colors[]{
+const interned_names theme_colors{
     "active_automation",
     "assignment_text_bg",
     "contrast_frame",

@@ -20,4 +20,7 @@ extern const symbol modified;          // notification after "value" changes
 extern const symbol symbol_type;       // "symbol": type of properties that are names
 extern const symbol value;             // the attribute that carries an object's main value
 
+// False when the host gave null for one of them while the object file was loading.
+bool all_interned() noexcept;
+
 }  // namespace kv7::ply::symbols

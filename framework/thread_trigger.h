@@ -5,6 +5,7 @@
 #include <string>
 
 #include "framework/atoms.h"
+#include "framework/host_answer.h"
 
 namespace kv7::ply {
 
@@ -15,16 +16,16 @@ template <>
 class thread_trigger<void*, 3> {
 public:
     explicit thread_trigger(void* baton);
-    virtual ~thread_trigger();    // cancels what is set
-    virtual void callback() = 0;  // main thread
+    virtual ~thread_trigger() = default;  // cancels what is set
+    virtual void callback() = 0;          // main thread
     virtual void push(const atoms&) = 0;
     thread_trigger(const thread_trigger&) = delete;
     thread_trigger& operator=(const thread_trigger&) = delete;
 
     void* baton;  // whom the callback acts on
 
-protected:
-    void* qelem_;
+private:
+    qelem qelem_;
 };
 
 template <int Kind, int Threadsafety>
