@@ -89,7 +89,7 @@ std::array<double, list_length> ported_effect::values_of(std::size_t attribute) 
 
 void ported_effect::land(std::size_t attribute) noexcept {
     attributes_[attribute].take();
-    driver_->land(attribute, values_of(attribute));
+    driver_->jump_to(attribute, values_of(attribute));
 }
 
 void ported_effect::start() {

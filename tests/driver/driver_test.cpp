@@ -88,7 +88,7 @@ TEST(Driver, ValuesLandedBehindTheRateSoundAsThoseSetBeforeIt) {
                              : row.kind == attribute_kind::list ? 0.004
                                                                 : 0.3 * row.low + 0.7 * row.high;
         before.driver.set(i, std::array{value, 1.5 * value});
-        behind.driver.land(i, std::array{value, 1.5 * value});
+        behind.driver.jump_to(i, std::array{value, 1.5 * value});
     }
     before.prepare();
     for (int n = 0; n < 50; ++n) {
@@ -172,7 +172,7 @@ TEST(Driver, AFailedRebuildLeavesEverythingAsItWas) {
     for (const bool after_the_swap : {false, true}) {
         const auto fail = [] { throw std::bad_alloc(); };
         if (after_the_swap) {
-            played.driver.core.set_values_again = fail;
+            played.driver.core.restore_values = fail;
             played.driver.core.rebuild_tables = {};
         } else {
             played.driver.core.rebuild_tables = [&](Vesk&, float) { return fail(), nullptr; };

@@ -2,9 +2,7 @@
 #include <memory>
 #include <stdexcept>
 
-#include "attribute_values.h"
 #include "scenario.h"
-#include "setters.h"
 #include "vesk_driver.h"
 
 namespace scenario {
@@ -46,17 +44,6 @@ void seed(const Scenario& s, Vesk& engine) {
     engine.modulator.reset();
 }
 
-void set_directly(Vesk& engine, const Event& event) {
-    using namespace kv7::orv;
-    const attribute_setter& setter = attribute_setters[event.attribute];
-    const double v = event.values[0];
-    if (const auto* c = std::get_if<continuous_setter>(&setter)) (*c)(engine, v);
-    if (const auto* t = std::get_if<toggle_setter>(&setter)) (*t)(engine, whole_number(v) != 0);
-    if (const auto* c = std::get_if<choice_setter>(&setter))
-        (*c)(engine, static_cast<std::int32_t>(whole_number(v)));
-    if (const auto* l = std::get_if<list_setter>(&setter)) (*l)(engine, event.values);
-}
-
 }  // namespace
 
 std::vector<float> play_engine(const Scenario& s) {
@@ -72,7 +59,8 @@ std::vector<float> play_engine(const Scenario& s) {
         for (; event != s.events.end() && event->frame <= n; ++event) {
             switch (event->kind) {
                 case Event::Kind::set:
-                    set_directly(engine, *event);
+                    kv7::orv::apply_value(engine, kv7::orv::attribute_table[event->attribute],
+                                         event->values);
                     break;
                 case Event::Kind::clear:
                     engine.engine_clear();

@@ -1,4 +1,4 @@
-// What numbers count for where an attribute is no plain float.
+// How numbers become the values of attributes that are no plain floats.
 #pragma once
 
 #include <cstdint>
@@ -6,14 +6,14 @@
 
 namespace kv7::orv {
 
-// The fraction dropped; what does not fit or is not a number gives the smallest integer.
-inline std::int64_t whole_number(double x) noexcept {
+// Truncates; a number that does not fit or is not a number gives the smallest integer.
+inline std::int64_t to_integer(double x) noexcept {
     constexpr double limit = 9223372036854775808.0;  // 2^63
     if (!(x >= -limit && x < limit)) return std::numeric_limits<std::int64_t>::min();
     return static_cast<std::int64_t>(x);
 }
 
-// An element of a list, held to the range; what is not a number counts as low.
+// An element of a list, clamped to the range; not a number counts as low.
 inline double clamped_element(double x, double low, double high) noexcept {
     return x > high ? high : x >= low ? x : low;
 }

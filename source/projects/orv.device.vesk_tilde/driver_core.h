@@ -1,5 +1,5 @@
-// What every driver of the effect shares, free of any host: engine and tables, the roads that
-// values take to them, the rebuild at a new sample rate and the audio loop.
+// What every driver of the effect shares, free of any host: engine and tables, the attributes'
+// values and their two ways to the engine, the rebuild at a new sample rate, and the audio loop.
 #pragma once
 
 #include <algorithm>
@@ -7,10 +7,16 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <list>
 #include <memory>
+#include <span>
 #include <utility>
+#include <vector>
 
+#include "attribute_row.h"
+#include "attribute_values.h"
 #include "parameter_queue.h"
+#include "sample_rate.h"
 #include "smooth_value.h"
 #include "vector_gate.h"
 
@@ -23,35 +29,42 @@ struct signal_bundle {
     std::int32_t frame_count;
 };
 
-// Owner, except for the audio thread's perform and the requests of any thread: the main thread.
+// Main thread, except where a line names another.
 template <class Engine>
 class driver_core {
 public:
-    // An engine that is replaced before it is heard; rate in Hz. Throws std::bad_alloc.
-    explicit driver_core(double rate)
-        : engine(std::make_unique<Engine>(static_cast<float>(rate))) {}
-    driver_core(const driver_core&) = delete;  // setters hold the address of engine
+    // An engine that is replaced before it is heard; rate in Hz. rows outlive this. Throws
+    // std::bad_alloc, and std::invalid_argument for a rate that is not accepted.
+    driver_core(double rate, std::span<const attribute_row> rows);
+    driver_core(const driver_core&) = delete;  // ramps hold the address of engine
     driver_core& operator=(const driver_core&) = delete;
 
-    // Declared so that the engine goes first and its tables, which it refers to, after it.
+    // Declared so that the engine is destroyed before its tables, which it refers to.
     std::shared_ptr<void> tables;
     std::unique_ptr<Engine> engine;
     double prepared_sample_rate = 0.0;  // Hz of the last rebuild; 0: none yet, vectors are silent
-    parameter_queue<Engine> parameters;
-    ramp_list ramps;
 
     // Makes the tables of a new engine at its rate, in Hz; may be empty.
     std::function<std::shared_ptr<void>(Engine&, float)> rebuild_tables;
-    // Sets every attribute's value once more, in the order of registration.
-    std::function<void()> set_values_again;
+    // Sets every attribute's value once more, in the order of the rows; empty: restore of each.
+    std::function<void()> restore_values;
 
-    template <class Argument>
-    bound_setter<Engine, Argument> bind(void (*set)(Engine&, Argument)) const noexcept {
-        return {&engine, set};
-    }
+    // Sets an attribute, by its index in rows: a number, a list's one or two. Values are clamped,
+    // no values change nothing. A continuous one may be set on any thread. Allocates nothing.
+    // When 511 changes are queued already a toggle, choice or list keeps its value here while the
+    // engine keeps the old one, until the next set or rebuild.
+    void set(std::size_t attribute, std::span<const double> values);
+    // The same without a ramp, before the first vector of a rate and on the thread that runs it.
+    void jump_to(std::size_t attribute, std::span<const double> values);
+    // Brings the value last set to the engine once more.
+    void restore(std::size_t attribute);
+    // A continuous attribute's value; any thread.
+    smooth_value& ramp_of(std::size_t attribute) noexcept { return *parameters_[attribute].ramp; }
 
     // A new rate, in Hz, rebuilds everything; the present one changes nothing. When something is
-    // thrown everything stays as it was, the remembered rate too.
+    // thrown everything stays as it was, the remembered rate too: std::bad_alloc, or
+    // std::invalid_argument for a rate that is not accepted. A call from inside restore_values
+    // returns at once, and the newest rate so asked for is prepared after it.
     void prepare(double rate);
 
     // Any thread. They act at the top of the next vector, several before one vector as one.
@@ -65,17 +78,103 @@ private:
     static constexpr std::uint32_t clear_bit = 1;
     static constexpr std::uint32_t reset_bit = 2;
 
+    // What was last set: in the ramp of a continuous attribute, else in value.
+    struct parameter {
+        smooth_value* ramp = nullptr;
+        short_list value;
+    };
+
     void request(std::uint32_t bit) noexcept { requests_.fetch_or(bit, std::memory_order_relaxed); }
     void take_requests() noexcept;
+    void post(std::size_t attribute);
+    void rebuild(double rate, bool through_owner);
     void run(const signal_bundle& in, const signal_bundle& out);
 
+    std::span<const attribute_row> rows_;
+    std::list<smooth_value> smooth_values_;
+    std::vector<parameter> parameters_;  // in the order of rows
+    parameter_queue queue_;
+    ramp_list ramps_;
+    double newest_rate_ = 0.0;  // Hz; the last one asked for
+    bool rebuilding_ = false;   // no vector is inside: this thread may act as the audio thread
     std::atomic<std::uint32_t> requests_{0};
     vector_gate gate_;
 };
 
 template <class Engine>
+driver_core<Engine>::driver_core(double rate, std::span<const attribute_row> rows) : rows_(rows) {
+    require_sample_rate(rate);
+    engine = std::make_unique<Engine>(static_cast<float>(rate));
+    parameters_.resize(rows.size());
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        const attribute_row& row = rows[i];
+        if (const auto* const setter = std::get_if<setter_of<double>>(&row.setter)) {
+            parameters_[i].ramp =
+                &smooth_values_.emplace_back(row.default_value, row.low, row.high,
+                                             [this, set = *setter](double v) { set(*engine, v); });
+            ramps_.add(*parameters_[i].ramp);
+        } else {
+            const double standard[list_length] = {row.default_value, row.default_value};
+            const bool is_list = row.kind == attribute_kind::list;
+            parameters_[i].value = short_list(std::span(standard).first(is_list ? list_length : 1));
+        }
+    }
+}
+
+template <class Engine>
+void driver_core<Engine>::set(std::size_t attribute, std::span<const double> values) {
+    if (values.empty()) return;
+    parameter& p = parameters_[attribute];
+    if (p.ramp != nullptr) return p.ramp->set_value(values[0]);
+    const attribute_row& row = rows_[attribute];
+    double kept[list_length] = {};
+    const std::size_t count = std::min(values.size(), list_length);
+    for (std::size_t i = 0; i < count; ++i)
+        kept[i] = row.kind == attribute_kind::list ? clamped_element(values[i], row.low, row.high)
+                                                   : values[i];
+    p.value = short_list(std::span(kept).first(count));
+    post(attribute);
+}
+
+template <class Engine>
+void driver_core<Engine>::jump_to(std::size_t attribute, std::span<const double> values) {
+    smooth_value* const ramp = parameters_[attribute].ramp;
+    if (ramp == nullptr) return set(attribute, values);
+    if (!values.empty()) ramp->jump_to(values[0]);
+}
+
+template <class Engine>
+void driver_core<Engine>::restore(std::size_t attribute) {
+    if (smooth_value* const ramp = parameters_[attribute].ramp)
+        ramp->mark_pending();  // not set anew: another thread may have set it since it was read
+    else
+        post(attribute);
+}
+
+template <class Engine>
+void driver_core<Engine>::post(std::size_t attribute) {
+    const attribute_row& row = rows_[attribute];
+    const short_list& value = parameters_[attribute].value;
+    if (queue_.post_change(row, value) || !rebuilding_) return;
+    // A rebuild brings every value to the engine, however full the queue: in place of the audio
+    // thread, which it excludes, it makes room.
+    queue_.apply_queued_changes(*engine);
+    queue_.post_change(row, value);
+}
+
+template <class Engine>
 void driver_core<Engine>::prepare(double rate) {
-    if (!(rate < prepared_sample_rate) && !(rate > prepared_sample_rate)) return;
+    require_sample_rate(rate);
+    newest_rate_ = rate;
+    if (rebuilding_) return;
+    if (rate != prepared_sample_rate) rebuild(rate, true);
+    // Restoring the values may have led the owner to ask for another rate. Without the owner it
+    // cannot do so again.
+    if (newest_rate_ != prepared_sample_rate) rebuild(newest_rate_, false);
+}
+
+template <class Engine>
+void driver_core<Engine>::rebuild(double rate, bool through_owner) {
     // Finished before anything is given up, so that a failure here changes nothing.
     auto new_engine = std::make_unique<Engine>(static_cast<float>(rate));
     std::shared_ptr<void> new_tables;
@@ -87,18 +186,24 @@ void driver_core<Engine>::prepare(double rate) {
             prepared_sample_rate = now;
             engine.swap(new_engine);
             tables.swap(new_tables);
-            for (smooth_value* value : ramps.values()) value->rebuilt(now);
+            for (smooth_value* value : ramps_.values()) value->rebuilt(now);
         };
         swap_in(rate);
+        rebuilding_ = true;
         try {
-            if (set_values_again) set_values_again();
+            if (through_owner && restore_values)
+                restore_values();
+            else
+                for (std::size_t i = 0; i < parameters_.size(); ++i) restore(i);
         } catch (...) {
+            rebuilding_ = false;
             swap_in(old_rate);
             throw;
         }
+        rebuilding_ = false;
         requests_.store(0, std::memory_order_relaxed);  // of audio that is gone
     }
-    // The old engine goes here, on this thread, and its tables after it.
+    // The old engine is destroyed here, on this thread, and its tables after it.
     new_engine.reset();
 }
 
@@ -127,8 +232,8 @@ void driver_core<Engine>::take_requests() noexcept {
 template <class Engine>
 void driver_core<Engine>::run(const signal_bundle& in, const signal_bundle& out) {
     take_requests();
-    ramps.scan();
-    parameters.apply_queued_changes();
+    ramps_.scan();
+    queue_.apply_queued_changes(*engine);
 
     const std::size_t frames = in.frame_count > 0 ? static_cast<std::size_t>(in.frame_count) : 0;
     const double* const left = in.channels[0];
@@ -136,9 +241,9 @@ void driver_core<Engine>::run(const signal_bundle& in, const signal_bundle& out)
     double* const out_left = out.channels[0];
     double* const out_right = out.channels[1];
     std::size_t i = 0;
-    bool ramping = ramps.any_active();
+    bool ramping = ramps_.any_active();
     for (; ramping && i < frames; ++i) {
-        ramping = ramps.run_step();
+        ramping = ramps_.run_step();
         engine->process(left + i, right + i, out_left + i, out_right + i, 1);
     }
     // Ramps that have ended give their setters the same value until the vector ends.

@@ -1,21 +1,25 @@
 // Turns a sample-by-sample engine into a signal object of the host.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <exception>
 #include <memory>
 #include <span>
 #include <stdexcept>
-#include <utility>
+#include <type_traits>
+#include <variant>
 #include <vector>
 
-#include "attribute_table.h"
+#include "attribute_row.h"
 #include "device_attributes.h"
 #include "driver_core.h"
 #include "framework/class_registration.h"
+#include "framework/guarded.h"
 #include "framework/messages.h"
 #include "framework/ports.h"
 #include "framework/signal.h"
+#include "sample_rate.h"
 
 namespace kv7::orv {
 
@@ -25,6 +29,8 @@ template <class Device, class Engine, int Inlets, int Outlets>
 class dsp_wrapper : public ply::object<dsp_wrapper<Device, Engine, Inlets, Outlets>, 1>,
                     public ply::vector_operator<0> {
 public:
+    using described_class = Device;
+
     // Audio thread.
     void operator()(ply::signal_bundle in, ply::signal_bundle out) override {
         core.perform({in.channels, in.channel_count, in.frame_count},
@@ -32,37 +38,24 @@ public:
     }
 
 protected:
-    explicit dsp_wrapper(double rate);  // Hz, of the first engine
+    // rate in Hz, of the first engine. rows: the attributes, in the order of registration; they
+    // outlive this.
+    dsp_wrapper(double rate, std::span<const attribute_row> rows);
     ~dsp_wrapper() override = default;
 
-    // Each enters its attribute at the host; main thread, while Device is built.
-    void add(const attribute_row& row, void (*setter)(Engine&, double));
-    void add(const attribute_row& row, void (*setter)(Engine&, bool)) {
-        add_queued<bool>(row, setter);
-    }
-    template <class Choice>
-    void add(const attribute_row& row, void (*setter)(Engine&, std::int32_t)) {
-        add_queued<Choice>(row, setter);
-    }
-    void add(const attribute_row& row, void (*setter)(Engine&, std::span<const double>)) {
-        add_queued<std::vector<double>>(row, setter);
-    }
-
+    // Main thread, while Device is built.
+    void add_attributes();
     // One text for each port, left to right.
     void add_ports(const char* const (&inlet_texts)[Inlets],
                    const char* const (&outlet_texts)[Outlets]);
 
+    // The host's sample rate. One that is not accepted is reported and replaced: without a rate the
+    // object could not be made, and "dsp64" brings the real one before the first vector.
+    static double host_sample_rate();
+
 private:
     ply::atoms prepare(const ply::atoms& values);
     static ply::atoms require_host_version(const ply::atoms& values);
-    void set_values_again();
-
-    template <class T, class Setter>
-    void add_queued(const attribute_row& row, Setter setter) {
-        device_attributes_.push_back(std::make_unique<attribute<T, 0, limit::none>>(
-            this, row, core.bind(setter), core.parameters));
-    }
-
     ply::message<0> dspsetup_{this, "dspsetup",
                               [this](const ply::atoms& values, int) { return prepare(values); }};
     // No attribute is bound to an inlet, so a number changes nothing.
@@ -82,12 +75,17 @@ private:
                                return values;
                            },
                            "Reset"};
-    std::vector<std::unique_ptr<attribute_base>> device_attributes_;
+    std::span<const attribute_row> rows_;
+    std::vector<std::unique_ptr<attribute_base>> device_attributes_;  // in the order of rows
 };
 
 template <class Device, class Engine, int Inlets, int Outlets>
-dsp_wrapper<Device, Engine, Inlets, Outlets>::dsp_wrapper(double rate) : core(rate) {
-    core.set_values_again = [this] { set_values_again(); };
+dsp_wrapper<Device, Engine, Inlets, Outlets>::dsp_wrapper(double rate,
+                                                          std::span<const attribute_row> rows)
+    : core(rate, rows), rows_(rows) {
+    core.restore_values = [this] {
+        for (const auto& each : device_attributes_) each->restore();
+    };
 }
 
 // The rate has been stored before "dspsetup" is called; the values only repeat it.
@@ -96,7 +94,7 @@ ply::atoms dsp_wrapper<Device, Engine, Inlets, Outlets>::prepare(const ply::atom
     try {
         core.prepare(this->sample_rate());
     } catch (const std::exception& failure) {
-        // The old engine, if there was one, plays on; the host still gets its perform routine.
+        // The old engine, if there was one, plays on; the host still gets the perform routine.
         object_error(this->valid_host_object(), "%s", failure.what());
     }
     return values;
@@ -112,16 +110,30 @@ ply::atoms dsp_wrapper<Device, Engine, Inlets, Outlets>::require_host_version(
 }
 
 template <class Device, class Engine, int Inlets, int Outlets>
-void dsp_wrapper<Device, Engine, Inlets, Outlets>::set_values_again() {
-    for (const auto& [name, value] : this->attributes) value->set(value->get(), true, false);
+double dsp_wrapper<Device, Engine, Inlets, Outlets>::host_sample_rate() {
+    const double rate = sys_getsr();
+    if (is_sample_rate(rate)) return rate;
+    ply::guarded([rate] { require_sample_rate(rate); });  // reports it
+    return fallback_sample_rate;
 }
 
 template <class Device, class Engine, int Inlets, int Outlets>
-void dsp_wrapper<Device, Engine, Inlets, Outlets>::add(const attribute_row& row,
-                                                       void (*setter)(Engine&, double)) {
-    auto made = std::make_unique<smooth_attribute<0>>(this, row, core.bind(setter));
-    core.ramps.add(made->value);
-    device_attributes_.push_back(std::move(made));
+void dsp_wrapper<Device, Engine, Inlets, Outlets>::add_attributes() {
+    for (std::size_t i = 0; i < rows_.size(); ++i) {
+        const attribute_row& row = rows_[i];
+        // The type of the setter's value is the attribute's.
+        device_attributes_.push_back(std::visit(
+            [&]<class Value>(setter_of<Value>) -> std::unique_ptr<attribute_base> {
+                if constexpr (std::is_same_v<Value, double>)
+                    return std::make_unique<smooth_attribute<0>>(this, row, core.ramp_of(i));
+                else if constexpr (std::is_same_v<Value, std::span<const double>>)
+                    return std::make_unique<attribute<std::vector<double>, 0, limit::none>>(
+                        this, core, row, i);
+                else
+                    return std::make_unique<attribute<Value, 0, limit::none>>(this, core, row, i);
+            },
+            row.setter));
+    }
 }
 
 template <class Device, class Engine, int Inlets, int Outlets>

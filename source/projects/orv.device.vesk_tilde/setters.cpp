@@ -1,33 +1,36 @@
 #include "setters.h"
 
+#include "choice_names.h"
+#include "engine/vesk.h"
+
 namespace kv7::orv {
 namespace {
 
 using orvane::blocks::vesk::both;
 using orvane::blocks::vesk::fast_db_to_gain;
-using orvane::blocks::vesk::Vesk;
 
 // 64-bit values are narrowed to the nearest float before any arithmetic.
 float narrow(double v) {
     return static_cast<float>(v);
 }
 
-// Noise and wobble rest at or below this amount.
+// Noise and wobble are off at or below this amount.
 constexpr double least_amount = 0.001;
 
-// A choice by index; an index past the last one, or a negative one, changes nothing.
+// Drivers hand over any integer as a choice; one that is none of its values changes nothing.
 template <class Mode>
-bool is_mode(std::int32_t v, Mode last) {
-    return static_cast<std::uint32_t>(v) <= static_cast<std::uint32_t>(last);
+bool is_value(Mode v) {
+    return static_cast<std::uint32_t>(v) < choice_count<Mode>;
 }
+
+}  // namespace
 
 void set_mix(Vesk& e, double v) {
     e.set_dry_wet(narrow(v));
 }
 
-void set_channel_mode(Vesk& e, std::int32_t v) {
-    using vesk::channel_mode;
-    if (is_mode(v, channel_mode::midside)) e.channel_mode = channel_mode{v};
+void set_channel_mode(Vesk& e, vesk::channel_mode v) {
+    if (is_value(v)) e.channel_mode = v;
 }
 
 void set_gate(Vesk& e, bool v) {
@@ -51,7 +54,7 @@ void set_fbinvert(Vesk& e, bool v) {
     e.feedback_invert = v;
 }
 
-// One value counts for both sides; none changes nothing; further ones are not read.
+// One value counts for both sides; none changes nothing; only two are read.
 void set_delay(Vesk& e, std::span<const double> v) {
     if (v.empty()) return;
     e.delay_time[0] = narrow(v[0]);
@@ -80,9 +83,8 @@ void set_clip(Vesk& e, bool v) {
     e.clip_dry = v;
 }
 
-void set_mod_waveform(Vesk& e, std::int32_t v) {
-    using vesk::waveform_mode;
-    if (is_mode(v, waveform_mode::random)) e.modulator.waveform = waveform_mode{v};
+void set_mod_waveform(Vesk& e, vesk::waveform_mode v) {
+    if (is_value(v)) e.modulator.waveform = v;
 }
 void set_mod_freq(Vesk& e, double v) {
     e.modulator.set_frequency(narrow(v));
@@ -107,11 +109,10 @@ void set_reverb_decay(Vesk& e, double v) {
     e.reverb.decay = both(narrow(v));
 }
 
-void set_reverb_location(Vesk& e, std::int32_t v) {
-    using vesk::location_mode;
-    if (!is_mode(v, location_mode::feedback)) return;
-    if (location_mode{v} != e.reverb_location) e.reverb.clear();
-    e.reverb_location = location_mode{v};
+void set_reverb_location(Vesk& e, vesk::location_mode v) {
+    if (!is_value(v)) return;
+    if (v != e.reverb_location) e.reverb.clear();
+    e.reverb_location = v;
 }
 
 void set_noise(Vesk& e, double v) {
@@ -134,20 +135,8 @@ void set_width(Vesk& e, double v) {
     e.width = narrow(v);
 }
 
-void set_drywetmode(Vesk& e, std::int32_t v) {
-    using vesk::dry_wet_mode;
-    if (is_mode(v, dry_wet_mode::equal_loudness)) e.set_dry_wet(dry_wet_mode{v});
+void set_drywetmode(Vesk& e, vesk::dry_wet_mode v) {
+    if (is_value(v)) e.set_dry_wet(v);
 }
-
-}  // namespace
-
-constinit const std::array<attribute_setter, attribute_count> attribute_setters{
-    set_mix,          set_channel_mode, set_gate,           set_gate_threshold,  set_gate_release,
-    set_repitch,      set_feedback,     set_fbinvert,       set_delay,           set_input,
-    set_output,       set_duck,         set_duck_threshold, set_duck_release,    set_clip,
-    set_mod_waveform, set_mod_freq,     set_mod_envelope,   set_mod_phase,       set_mod_delay,
-    set_mod_mult,     set_reverb,       set_reverb_decay,   set_reverb_location, set_noise,
-    set_noise_morph,  set_wobble,       set_wobble_morph,   set_width,           set_drywetmode,
-};
 
 }  // namespace kv7::orv

@@ -16,20 +16,25 @@ smooth_value::smooth_value(double value, double lowest, double highest,
 void smooth_value::set_value(double x) noexcept {
     const double clamped = !(high >= x) ? high : !(x >= low) ? low : x;
     user_value.store(clamped, std::memory_order_relaxed);
-    // The value is there before the mark that it waits.
-    waiting.store(true, std::memory_order_release);
+    mark_pending();
 }
 
-void smooth_value::take_waiting() noexcept {
-    if (!waiting.load(std::memory_order_relaxed)) return;
-    // Taken before the value is read: a set in between marks once more and is seen the next time.
-    waiting.exchange(false, std::memory_order_acq_rel);
+void smooth_value::mark_pending() noexcept {
+    // Publishes the value. Read-modify-write, so that of two threads that set the value neither
+    // hides what the other published from the audio thread.
+    pending.exchange(true, std::memory_order_acq_rel);
+}
+
+void smooth_value::take_pending() noexcept {
+    if (!pending.load(std::memory_order_relaxed)) return;
+    // Cleared before the value is read: a set in between marks it once more for the next scan.
+    pending.exchange(false, std::memory_order_acq_rel);
     ramp_to(user_value.load(std::memory_order_relaxed), ramp_samples);
 }
 
-void smooth_value::land(double x) {
+void smooth_value::jump_to(double x) {
     set_value(x);
-    waiting.store(false, std::memory_order_relaxed);
+    pending.store(false, std::memory_order_relaxed);
     ramp_to(user_value.load(std::memory_order_relaxed), 0);
     setter(current);
 }
@@ -57,7 +62,7 @@ double smooth_value::next_value() noexcept {
 }
 
 bool smooth_value::scan() {
-    take_waiting();
+    take_pending();
     if (state == ramp_state::ramping && remaining == 0) {
         state = ramp_state::idle;
         setter(current);  // the ramp's last step may have fallen on the vector's last sample
@@ -68,7 +73,7 @@ bool smooth_value::scan() {
 }
 
 void smooth_value::rebuilt(double sample_rate) {
-    take_waiting();
+    take_pending();
     ramp_samples = static_cast<std::uint64_t>(sample_rate * ramp_seconds);
     setter(current);
 }

@@ -1,7 +1,7 @@
 // A value that moves to a new target in a linear ramp of 5 ms, one step a sample.
 //
-// Any thread may set it; the audio thread moves it. A set leaves the value and a mark, and the ramp
-// starts on the audio thread, at the top of the next vector.
+// Any thread may set it; the audio thread moves it. A set stores the value and marks it as pending,
+// and the ramp starts on the audio thread, at the top of the next vector.
 #pragma once
 
 #include <atomic>
@@ -24,7 +24,7 @@ struct smooth_value {
     std::uint64_t length = 0;     // samples given to the last ramp
 
     std::atomic<double> user_value;    // the clamped value last set: what the attribute reports
-    std::atomic<bool> waiting{false};  // set since the last scan
+    std::atomic<bool> pending{false};  // set since the last scan
     std::uint64_t ramp_samples = 0;  // length of a ramp at the present rate; 0 before there is one
     double low;
     double high;
@@ -33,11 +33,13 @@ struct smooth_value {
 
     smooth_value(double value, double lowest, double highest, std::function<void(double)> set);
 
-    void set_value(double x) noexcept;  // any thread; not a number counts as high
+    // Any thread.
+    void set_value(double x) noexcept;  // not a number counts as high
+    void mark_pending() noexcept;       // ramps to user_value, whatever its latest value is
 
     // Audio thread, or a rebuild that excludes it.
-    void take_waiting() noexcept;
-    void land(double x);  // as set_value, but without a ramp: the setter gets it at once
+    void take_pending() noexcept;
+    void jump_to(double x);  // as set_value, but without a ramp: the setter gets it at once
     void ramp_to(double value, std::uint64_t samples) noexcept;
     double next_value() noexcept;      // the value before the step
     bool scan();                       // top of a vector: true while a ramp is to be run in it

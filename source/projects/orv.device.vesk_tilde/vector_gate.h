@@ -1,4 +1,4 @@
-// Keeps a rebuild and the audio thread's vectors apart without making the audio thread wait.
+// Mutual exclusion of a rebuild and the audio thread's vectors, in which only the rebuild waits.
 #pragma once
 
 #include <atomic>
@@ -11,16 +11,16 @@ public:
     // Audio thread: false while a rebuild is inside, else true, and leave() must follow.
     bool try_enter() noexcept {
         int expected = open;
-        // What a rebuild has swapped may be read once its close is seen.
+        // Acquires what a rebuild swapped before it opened the gate.
         return state_.compare_exchange_strong(expected, vector_inside, std::memory_order_acquire,
                                               std::memory_order_relaxed);
     }
     void leave() noexcept {
-        // What the vector wrote is there before the gate is seen open.
+        // Publishes what the vector, or the rebuild, wrote.
         state_.store(open, std::memory_order_release);
     }
 
-    // Main thread: for its life no vector is inside. The constructor waits for one in progress.
+    // Main thread: during its lifetime no vector is inside. The constructor waits for one that is.
     class exclusion {
     public:
         explicit exclusion(vector_gate& gate) noexcept : gate_(gate) {

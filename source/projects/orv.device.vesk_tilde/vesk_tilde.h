@@ -15,8 +15,6 @@ public:
     vesk_tilde();
 
 private:
-    void add_attribute(std::size_t index);
-
     kv7::ply::message<0> clear_{this, "clear",
                                 [this](const kv7::ply::atoms&, int) {
                                     core.request_clear();
