@@ -145,8 +145,10 @@ void preset_callback(void* instance) {
                              "Too many values to be stored as a preset. Truncating list.");
                 list.resize(most_values);
             }
-            list.insert(list.begin(), {atom(instance), atom(symbol(object_classname(instance))),
-                                       atom(symbols::value)});
+            tesk_symbol* const class_name =
+                require_pointer(object_classname(instance), "object_classname", "preset");
+            list.insert(list.begin(),
+                        {atom(instance), atom(symbol(class_name)), atom(symbols::value)});
             if (binbuf_insert(preset, nullptr, static_cast<std::int64_t>(list.size()),
                               list.data()) != 0)
                 object_error(instance, "the host refused binbuf_insert: not in the preset");

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <atomic>
 #include <cstring>
-#include <stdexcept>
 
 #include "framework/attribute_registration.h"
 #include "framework/host_answer.h"
@@ -131,8 +130,7 @@ void register_device_class(const device_class& device, object_base& prototype,
                            const class_settings& settings, const char* source_path) noexcept {
     guarded([&] {
         if (registered_class() != nullptr) return;
-        if (!symbols::all_interned())
-            throw std::runtime_error("the host refused gensym while the object was loading");
+        symbols::intern_missing();
         the_device.store(&device);
         if (settings.library_class == 1 && host_is_library()) return;
         tesk_class* const made = class_setup(prototype, device, settings, source_path);

@@ -1,6 +1,5 @@
 #include "framework/symbol_table.h"
 
-#include <algorithm>
 #include <initializer_list>
 
 namespace kv7::ply {
@@ -8,25 +7,32 @@ namespace kv7::ply {
 namespace symbols {
 
 // From gensym's answer as it is: an exception while the file loads would end the host.
-const symbol empty{gensym("")};
-const symbol saved_dictionary{gensym("#D")};
-const symbol preset{gensym("_preset")};
-const symbol box{gensym("box")};
-const symbol nobox{gensym("nobox")};
-const symbol float64{gensym("float64")};
-const symbol getname{gensym("getname")};
-const symbol gettype{gensym("gettype")};
-const symbol long_integer{gensym("long")};
-const symbol tesk{gensym("tesk")};
-const symbol modified{gensym("modified")};
-const symbol symbol_type{gensym("symbol")};
-const symbol value{gensym("value")};
+symbol empty{gensym("")};
+symbol saved_dictionary{gensym("#D")};
+symbol preset{gensym("_preset")};
+symbol box{gensym("box")};
+symbol nobox{gensym("nobox")};
+symbol float64{gensym("float64")};
+symbol getname{gensym("getname")};
+symbol gettype{gensym("gettype")};
+symbol long_integer{gensym("long")};
+symbol tesk{gensym("tesk")};
+symbol modified{gensym("modified")};
+symbol symbol_type{gensym("symbol")};
+symbol value{gensym("value")};
 
-bool all_interned() noexcept {
-    const auto all = {empty,   saved_dictionary, preset, box,      nobox,       float64, getname,
-                      gettype, long_integer,     tesk,   modified, symbol_type, value};
-    return std::none_of(all.begin(), all.end(),
-                        [](const symbol& s) { return s.interned() == nullptr; });
+void intern_missing() {
+    struct entry {
+        symbol& interned;
+        const char* text;
+    };
+    const entry entries[]{{empty, ""},          {saved_dictionary, "#D"}, {preset, "_preset"},
+                          {box, "box"},         {nobox, "nobox"},         {float64, "float64"},
+                          {getname, "getname"}, {gettype, "gettype"},     {long_integer, "long"},
+                          {tesk, "tesk"},       {modified, "modified"},   {symbol_type, "symbol"},
+                          {value, "value"}};
+    for (const entry& e : entries)
+        if (e.interned.interned() == nullptr) e.interned = symbol(e.text);
 }
 
 }  // namespace symbols

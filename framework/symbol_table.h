@@ -3,24 +3,26 @@
 
 #include "framework/symbol.h"
 
-// Not for use in another file's static initialisers, which may run first.
+// Not for use in another file's static initialisers, which may run first. Unchanged after
+// registration.
 namespace kv7::ply::symbols {
 
-extern const symbol empty;             // "": no category, no colour, no type
-extern const symbol saved_dictionary;  // "#D": the object bound to it is an instance's saved state
-extern const symbol preset;            // "_preset": the object bound to it is the preset list
-extern const symbol box;               // name space of classes and instances
-extern const symbol nobox;             // name space of classes without a box
-extern const symbol float64;           // datatype of float attributes
-extern const symbol getname;           // asks a host attribute for its name
-extern const symbol gettype;           // asks a host attribute for its type
-extern const symbol long_integer;      // "long": datatype of integer, bool and enum attributes
-extern const symbol tesk;              // the object bound to it is the host's own
-extern const symbol modified;          // notification after "value" changes
-extern const symbol symbol_type;       // "symbol": type of properties that are names
-extern const symbol value;             // the attribute that carries an object's main value
+extern symbol empty;             // "": no category, no colour, no type
+extern symbol saved_dictionary;  // "#D": the object bound to it is an instance's saved state
+extern symbol preset;            // "_preset": the object bound to it is the preset list
+extern symbol box;               // name space of classes and instances
+extern symbol nobox;             // name space of classes without a box
+extern symbol float64;           // datatype of float attributes
+extern symbol getname;           // asks a host attribute for its name
+extern symbol gettype;           // asks a host attribute for its type
+extern symbol long_integer;      // "long": datatype of integer, bool and enum attributes
+extern symbol tesk;              // the object bound to it is the host's own
+extern symbol modified;          // notification after "value" changes
+extern symbol symbol_type;       // "symbol": type of properties that are names
+extern symbol value;             // the attribute that carries an object's main value
 
-// False when the host gave null for one of them while the object file was loading.
-bool all_interned() noexcept;
+// Interns once more those for which the host gave null while the object file was loading. Throws
+// std::runtime_error when it does so again.
+void intern_missing();
 
 }  // namespace kv7::ply::symbols

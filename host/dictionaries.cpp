@@ -5,12 +5,12 @@
 
 namespace {
 
-// Nothing when it is retained still; the last release frees it.
-void end_dictionary(tesk::dictionary* gone) {
+void release(tesk::dictionary* released) {
     tesk::host_state& host = tesk::state();
-    if (!gone->registered_name.empty()) host.dictionaries.erase(gone->registered_name);
-    delete gone;
     --host.live.dictionaries;
+    if (--released->references > 0) return;
+    if (!released->registered_name.empty()) host.dictionaries.erase(released->registered_name);
+    delete released;
 }
 
 }  // namespace
@@ -28,22 +28,21 @@ void* dictobj_findregistered_retain(tesk_symbol* name) {
     auto& registered = tesk::state().dictionaries;
     const auto place = registered.find(name->name);
     if (place == registered.end()) return nullptr;
-    ++place->second->retained;
+    ++place->second->references;
     ++tesk::state().live.dictionaries;
     return place->second;
 }
 
 int64_t dictobj_release(void* object) {
     if (object == nullptr) return 1;
-    --static_cast<tesk::dictionary*>(object)->retained;
-    --tesk::state().live.dictionaries;
+    release(static_cast<tesk::dictionary*>(object));
     return 0;
 }
 
 void object_free(void* object) {
     if (object == nullptr) return;
     if (static_cast<tesk::host_object*>(object)->of_class == &tesk::state().dictionary_class)
-        end_dictionary(static_cast<tesk::dictionary*>(object));
+        release(static_cast<tesk::dictionary*>(object));
 }
 
 int64_t binbuf_insert(void* object, void*, int64_t count, tesk_atom* values) {

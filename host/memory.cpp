@@ -1,4 +1,5 @@
 // The memory that objects hold of the host, counted so that a leak shows.
+#include <cstddef>
 #include <cstring>
 #include <new>
 
@@ -19,15 +20,19 @@ void sysmem_freeptr(void* memory) {
     ::operator delete(memory);
 }
 
+// Aligned as an ordinary allocation is and no better: an object that needs more sees to it itself.
 void* object_alloc(tesk_class* of_class) {
     if (of_class == nullptr) return nullptr;
-    constexpr std::align_val_t alignment{64};
+    constexpr std::size_t alignment = 64, shift = 16;
     const auto size = static_cast<std::size_t>(of_class->size);
-    void* const memory = ::operator new(size, alignment, std::nothrow);
-    if (memory == nullptr) return nullptr;
+    auto* const block = static_cast<std::byte*>(
+        ::operator new(size + shift, std::align_val_t{alignment}, std::nothrow));
+    if (block == nullptr) return nullptr;
+    std::byte* const memory = block + shift;
     std::memset(memory, 0, size);
     auto* const record = new tesk::instance_record;
-    record->object = static_cast<tesk_signal_object*>(memory);
+    record->block = block;
+    record->object = reinterpret_cast<tesk_signal_object*>(memory);
     record->of_class = of_class;
     record->chain.of_class = &tesk::state().chain_class;
     record->chain.builds = record;
@@ -50,7 +55,7 @@ void give_back(instance_record& record) {
     if (record.registered) --host.live.registrations;
     record.registered = false;
     if (record.object == nullptr) return;
-    ::operator delete (record.object, std::align_val_t{64});
+    ::operator delete (record.block, std::align_val_t{64});
     record.object = nullptr;
     --host.live.instances;
 }

@@ -57,7 +57,7 @@ struct outlet : host_object {
 
 struct dictionary : host_object {
     std::string registered_name;
-    int retained = 0;
+    int references = 1;  // its maker's, and one for each retain
 };
 
 struct preset : host_object {
@@ -71,7 +71,8 @@ struct instance_record {
         instance_record* builds;
     };
 
-    tesk_signal_object* object = nullptr;
+    void* block = nullptr;                 // the allocation that holds the object
+    tesk_signal_object* object = nullptr;  // null once it is freed
     tesk_class* of_class = nullptr;
     std::int64_t inlets = 0;
     std::vector<std::unique_ptr<outlet>> outlets;  // as created: from last to first

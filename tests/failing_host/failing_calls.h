@@ -1,0 +1,16 @@
+// Lets each call that an object makes to its host fail, one at a time.
+#pragma once
+
+#include <map>
+#include <string>
+
+namespace failing_calls {
+
+// How often the object made each call since the last start.
+using counts = std::map<std::string, int>;
+
+void start();                                         // counts from zero, nothing fails
+void start(const std::string& call, int occurrence);  // that one fails, from 1
+counts made();
+
+}  // namespace failing_calls
