@@ -1,5 +1,5 @@
-// Everything at once: audio at full speed, a main thread that sets and changes rates, and a third
-// thread that sends messages and attributes. VESK_STRESS_SECONDS says how long; 2 at first.
+// Everything at once: audio at full speed, a main thread that sets and changes rates, and two more
+// that send messages, set and read attributes. VESK_STRESS_SECONDS says how long; 2 at first.
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -19,7 +19,7 @@ void set_any(tesk::instance& instance, Dice& dice) {
     instance.set(row.info.name, dice.below(5) == 0 ? row.high : value_of(dice, row));
 }
 
-TEST(Stress, AudioMainAndAThirdThreadAtOnce) {
+TEST(Stress, AudioMainAndTwoMoreThreadsAtOnce) {
     const char* const wanted = std::getenv("VESK_STRESS_SECONDS");
     const auto length = std::chrono::duration<double>(wanted ? std::atof(wanted) : 2.0);
     tesk::host& host = tesk::host::the();
@@ -37,15 +37,17 @@ TEST(Stress, AudioMainAndAThirdThreadAtOnce) {
                                                         for (int i = 0; i < 64; ++i)
                                                             inputs[c][i] = input.unit() - 0.5;
                                                 }});
-            std::thread third([&] {
-                Dice dice(4);
+            const auto other = [&](int seed) {
+                Dice dice(static_cast<std::uint64_t>(seed));
                 while (!stop) {
                     set_any(instance, dice);
+                    instance.get(any_row(dice).info.name);
                     if (dice.below(20) == 0) instance.send("reset");
                     if (dice.below(20) == 0) instance.send("clear");
                     std::this_thread::sleep_for(std::chrono::microseconds(dice.below(200)));
                 }
-            });
+            };
+            std::thread third(other, 4), fourth(other, 7);
             Dice dice(5);
             const auto end = std::chrono::steady_clock::now() + length;
             int rebuilds = 0;
@@ -60,6 +62,7 @@ TEST(Stress, AudioMainAndAThirdThreadAtOnce) {
             }
             stop = true;
             third.join();
+            fourth.join();
             host.serve();
             EXPECT_GT(audio.vectors(), 10);
         }

@@ -163,6 +163,43 @@ TEST(Driver, ARateChangeKeepsValuesAndDropsAudioAndTheSameRateKeepsBoth) {
     EXPECT_EQ(e.modulator.sample_rate, 96000.0f);
 }
 
+// Whatever waits at a rebuild, engine and reported values agree after it.
+TEST(Driver, ARebuildBringsEveryValueThroughAFullQueue) {
+    for (const int changes : {490, 499, 505, 511, 600}) {
+        for (const bool at_the_start : {true, false}) {
+            SCOPED_TRACE(changes);
+            Played played;
+            if (!at_the_start) played.prepare(8000.0);
+            for (int i = 0; i < changes; ++i) played.set("delay", {0.1});
+            played.set("channel_mode", {1});
+            played.set("gate", {1});
+            played.set("drywetmode", {1});
+            played.prepare(9000.0);
+            played.vector(64);
+            const Vesk& e = played.engine();
+            EXPECT_EQ(int(e.channel_mode), 1);
+            EXPECT_TRUE(e.gate_on && !e.repitch && int(e.dry_wet_mode) == 1);
+            EXPECT_EQ(e.delay_time[1], 0.1f);
+        }
+    }
+}
+
+TEST(Driver, RefusesARateThatIsNone) {
+    Played played;
+    played.prepare(highest_sample_rate);
+    played.prepare(8000.0);
+    played.vector(64, 0.5);
+    const Vesk* const before = &played.engine();
+    for (const double rate : {0.0, -44100.0, double(NAN), double(INFINITY), 1e-3, 768001.0, 1e13}) {
+        EXPECT_THROW(played.prepare(rate), std::invalid_argument) << rate;
+        EXPECT_THROW(vesk_driver{rate}, std::invalid_argument) << rate;
+        EXPECT_EQ(&played.engine(), before);
+        EXPECT_NE(played.engine().delay_left.at(0), 0.0f) << "the old engine plays on";
+    }
+    played.prepare(lowest_sample_rate);
+    played.vector(64, 0.5);
+}
+
 TEST(Driver, AFailedRebuildLeavesEverythingAsItWas) {
     Played played;
     played.prepare();

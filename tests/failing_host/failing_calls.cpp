@@ -28,6 +28,8 @@ bool fails(const char* call, void* return_address) {
 
 }  // namespace
 
+std::function<void(const std::string&)> failing_calls::before_setvalueof;
+
 void failing_calls::start() {
     start("", 0);
 }
@@ -93,8 +95,6 @@ CALL(void*, object_method_direct_getobject, nullptr, (void* a, tesk_symbol* b), 
 CALL(int64_t, object_attach_byptr_register, 1, (void* a, void* b, tesk_symbol* c), (a, b, c))
 CALL(int64_t, object_notify, 1, (void* a, tesk_symbol* b, void* c), (a, b, c))
 CALL(tesk_symbol*, object_classname, nullptr, (void* a), (a))
-CALL(int64_t, object_attr_setvalueof, 1, (void* a, tesk_symbol* b, int64_t c, tesk_atom* d),
-     (a, b, c, d))
 CALL(int64_t, object_attr_getvalueof, 1, (void* a, tesk_symbol* b, int64_t* c, tesk_atom** d),
      (a, b, c, d))
 CALL(int64_t, attr_args_offset, std::numeric_limits<int64_t>::max(), (int16_t a, tesk_atom* b),
@@ -126,5 +126,13 @@ CALL(void*, dictobj_findregistered_retain, nullptr, (tesk_symbol * a), (a))
 CALL(void*, sysmem_newptr, nullptr, (int64_t a), (a))
 CALL(int64_t, binbuf_insert, 1, (void* a, void* b, int64_t c, tesk_atom* d), (a, b, c, d))
 CALL(uint16_t, teskversion, 0, (void), ())
+
+int64_t object_attr_setvalueof(void* object, tesk_symbol* name, int64_t count, tesk_atom* values) {
+    static const auto real = reinterpret_cast<decltype(&object_attr_setvalueof)>(
+        dlsym(RTLD_NEXT, "object_attr_setvalueof"));
+    if (fails("object_attr_setvalueof", __builtin_return_address(0))) return 1;
+    if (failing_calls::before_setvalueof) failing_calls::before_setvalueof(name->name);
+    return real(object, name, count, values);
+}
 
 }  // extern "C"

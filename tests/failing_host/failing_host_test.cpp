@@ -2,7 +2,9 @@
 // cannot do without ends in one line, nothing crashes or leaks, and the next try succeeds.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -185,6 +187,72 @@ TEST(FailingHost, AClassWithEverythingSurvivesEveryCall) {
                     free_phase},
                    true);
     EXPECT_GT(trials, 60);
+}
+
+// "dsp64" as a host sends it that does not keep the signal chain and the object's calls apart.
+void call_dsp64(life& l, double rate) {
+    using dsp64 = void(void*, void*, const std::int16_t*, double, std::int64_t, std::int64_t);
+    void* const chain = l.box->object();  // has no dsp_add64: the routine is known already
+    reinterpret_cast<dsp64*>(l.box->method("dsp64"))(l.box->object(), chain, nullptr, rate, 64, 0);
+}
+
+// A host that acts when the object puts its values back after a new rate.
+void acting_host(const std::function<void(life&, const std::string& attribute)>& act,
+                 const std::function<void(life&)>& then) {
+    life l;
+    lines_during([&] {
+        load_of(VESK_OBJECT_FILE).run(l);
+        make_of("orv.device.vesk~ @feedback 0.8").run(l);
+        l.box->prepare(8000.0, 64);
+        failing_calls::before_setvalueof = [&](const std::string& name) { act(l, name); };
+        l.box->prepare(9000.0, 64);
+        failing_calls::before_setvalueof = nullptr;
+    });
+    l.vector();
+    then(l);
+}
+
+TEST(ActingHost, SeesEveryValueOnceMoreAfterANewRate) {
+    std::set<std::string> seen, all;
+    acting_host([&](life&, const std::string& name) { EXPECT_TRUE(seen.insert(name).second); },
+                [&](life& l) {
+                    for (const auto& each : l.box->described().attributes) all.insert(each.name);
+                });
+    EXPECT_EQ(seen, all);
+}
+
+TEST(ActingHost, MaySetAValueMeanwhileOnAnyThread) {
+    for (const bool elsewhere : {true, false})
+        acting_host(
+            [&](life& l, const std::string& name) {
+                const auto set = [&] { l.box->set("feedback", 1.25); };
+                if (name != "feedback") return;
+                if (elsewhere)
+                    std::thread(set).join();
+                else
+                    set();
+            },
+            [](life& l) { EXPECT_EQ(l.box->get_number("feedback"), 1.25); });
+}
+
+// Of the rates that come while values are put back the newest is prepared, once.
+TEST(ActingHost, MaySendANewRateMeanwhile) {
+    int sent = 0;
+    acting_host(
+        [&](life& l, const std::string&) {
+            const double impulse_rate = 10000.0 + ++sent;
+            call_dsp64(l, impulse_rate);
+        },
+        [&](life& l) {
+            EXPECT_EQ(sent, 30);
+            // The default delay of 0.375 s tells the rate.
+            std::vector<double> left(5000), right(5000);
+            left[0] = 0.01;
+            double* const channels[] = {left.data(), right.data()};
+            l.box->run(channels, channels, 5000);
+            const auto echo = std::max_element(left.begin(), left.end()) - left.begin();
+            EXPECT_NEAR(static_cast<double>(echo), 0.375 * 10030.0, 1.0);
+        });
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 // A class that has everything the framework offers and the effect does not use; what reaches it
 // goes to the error channel, one line each, so that a test sees it.
+#include <atomic>
+#include <chrono>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -25,17 +27,26 @@ template <class T, int Threadsafety = 0>
 using kept = attribute<T, Threadsafety, limit::none, 2>;
 using numbers = std::vector<double>;
 
-class example : public object<example, 1>, public vector_operator<0> {
+// The constants of a class count behind a wrapper, too.
+template <class Described>
+class wrapper : public object<wrapper<Described>, 1>, public vector_operator<0> {
+public:
+    using described_class = Described;
+};
+
+class example : public wrapper<example> {
 public:
     static constexpr const char* class_flags = " multitouch ";
 
-    message<0> dspsetup{this, "dspsetup", [this](const atoms& values, int) {
-                            log("dspsetup", values);
-                            // Lets a test act in the middle of the set-up.
-                            while (values[1].as_long() == 13 && gain.stored() != 13.0)
-                                std::this_thread::yield();
-                            return values;
-                        }};
+    message<0> dspsetup{
+        this, "dspsetup", [this](const atoms& values, int) {
+            log("dspsetup",
+                {values[0], values[1], left.has_signal_connection, right.has_signal_connection,
+                 sum_out.has_signal_connection, count_out.has_signal_connection});
+            // Lets a test act in the middle of the set-up.
+            while (values[1].as_long() == 13 && gain.stored() != 13.0) std::this_thread::yield();
+            return values;
+        }};
     message<2> class_setup{
         this, "teskclass_setup", [this](const atoms& values, int) {
             auto* const made = static_cast<tesk_class*>(values[0].as_object());
@@ -44,6 +55,8 @@ public:
             return atoms{};
         }};
     message<0> later{this, "later", logged("later")};
+    message<0> later_at{this, "later_at",
+                        [this](const atoms&, int inlet) { return log("later_at", {inlet}); }};
     message<2> here{this, "here", [this](const atoms& values, int inlet) {
                         return log("here", {values.at(0), atom(inlet)});
                     }};
@@ -116,8 +129,15 @@ public:
         arguments = {&first, &second};
     }
 
+    // Long enough for a vector to begin, if the host were still to ask for one.
+    ~example() override {
+        ending_ = true;
+        if (calls_ > 0) std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
+
     // The sum of both inputs; and how often it was called.
     void operator()(signal_bundle in, signal_bundle out) override {
+        if (ending_) object_error(nullptr, "a vector of an object that is being destroyed");
         ++calls_;
         for (std::int32_t i = 0; i < in.frame_count; ++i) {
             out.channels[0][i] = in.channels[0][i] + in.channels[1][i];
@@ -127,6 +147,7 @@ public:
 
 private:
     double calls_ = 0;
+    std::atomic<bool> ending_{false};
 
     atoms log(const std::string& name, const atoms& values) {
         const std::string line = name + " " + to_text(values);

@@ -28,6 +28,7 @@ TEST(Instance, TakesArgumentsThenSetUpThenTheAttributesOfItsBox) {
                                 "gain 0.25"}));
     EXPECT_EQ(made.box->get_number("shape"), 1.0);
     EXPECT_EQ(made.box->notifications(), lines{"modified"}) << "the default of \"value\"";
+    EXPECT_EQ(static_cast<tesk_signal_object*>(made.box->object())->flags & 1, 1);
 }
 
 TEST(Instance, ThatFailsToBeMadeReportsWhyAndLeavesNothing) {
@@ -116,7 +117,11 @@ TEST(Message, ReachesTheObjectWithItsArgumentsAsAtomsAndAnswersTheHost) {
                "dspstate 1", "savestate <object>",
                "patchlineupdate <object> <object> 1 <object> 2 <object> 3", "words one \"2\"",
                "notify <object> word word <object> <object>", "key <object> <object> 1 2 3"}));
+    EXPECT_EQ(dictobj_findregistered_retain(gensym("named")), dictionary);
     made.host.free_dictionary(dictionary);
+    EXPECT_EQ(made.host.live().dictionaries, 2) << "retained still";
+    dictobj_release(dictionary);
+    EXPECT_EQ(made.host.live().dictionaries, 1);
 
     for (const char* name : {"mousedragdelta", "mousedoubleclick"})
         call(box, name, self, tesk_point{2, 3}, INT64_C(16));
@@ -217,7 +222,7 @@ TEST(Signal, RunsBetweenSetUpAndFree) {
     EXPECT_FALSE(box.run(in, out, 16)) << "before \"dsp64\"";
     EXPECT_EQ(sum[15], 0.0);
     EXPECT_TRUE(box.prepare(48000.0, 16, {1, 0, 1, 0}));
-    EXPECT_EQ(made.said(), lines{"dspsetup 48000.0 16"});
+    EXPECT_EQ(made.said(), lines{"dspsetup 48000.0 16 1 0 1 0"}) << "connections, inlets first";
     EXPECT_TRUE(box.run(in, out, 16));
     EXPECT_TRUE(box.run(in, out, 8));
     EXPECT_EQ(sum[15], 1.25);

@@ -1,8 +1,15 @@
 // What the host sees of a class while it registers, and the page that it leaves behind.
 #include <gtest/gtest.h>
+#ifndef _WIN32
+#include <sys/resource.h>
+#endif
 
 #include <cctype>
 #include <chrono>
+#include <csignal>
+#include <iostream>
+#include <iterator>
+#include <locale>
 #include <stdexcept>
 #include <string>
 
@@ -29,9 +36,16 @@ const std::string updating = "Updating Reference Page for class plain\n";
 
 }  // namespace
 
-TEST(Registration, IsTheSameCallsInTheSameOrder) {
+// Decimal commas, as a host in many a language has them.
+struct commas : std::numpunct<char> {
+    char do_decimal_point() const override { return ','; }
+};
+
+TEST(Registration, IsTheSameCallsInTheSameOrderInAnyLocale) {
     const package folder;
+    const std::locale before = std::locale::global(std::locale(std::locale(), new commas));
     load(folder.with(EXAMPLE_OBJECT));
+    std::locale::global(before);
     const auto& seen = tesk::host::the().described("example~");
     std::string calls;
     for (std::string line : tesk::host::the().registrations()) {
@@ -46,7 +60,7 @@ TEST(Registration, IsTheSameCallsInTheSameOrder) {
     }
     std::string expected =
         R"(class_new example~ 8,
-later 8, here 8, sum 14, words 9, int 1, notify 9, key 9, getplaystate 9, oksize 9, setup 9, bang 0, dblclick 9, edclose 9, okclose 9,
+later 8, later_at 8, here 8, sum 14, words 9, int 1, notify 9, key 9, getplaystate 9, oksize 9, setup 9, bang 0, dblclick 9, edclose 9, okclose 9,
 loadbang 9, anything 8, dictionary 3, dspstate 9, paint 9, focusgained 9, focuslost 9, patchlineupdate 9, fileusage 9,
 appendtodictionary 9, float 2, mt_mouseenter 9, mt_mouseleave 9, mt_mousedown 9, mt_mouseup 9,
 mt_mousemove 9, mt_mousedrag 9, mousedragdelta 9, mousedoubleclick 9, mousewheel 9,
@@ -80,7 +94,6 @@ class_register box,
     EXPECT_EQ(seen.attribute("word")->property("style"), "enum");
     EXPECT_EQ(seen.attribute("word")->value_names(), (lines{"a", "b", "c"}));
     EXPECT_EQ(seen.attribute("fontname")->property("style"), "font");
-    EXPECT_EQ(seen.attribute("gain")->number("maximum"), 1.5);
     EXPECT_FALSE(fs::exists(folder.page("example~"))) << "the class wants none";
 }
 
@@ -92,7 +105,10 @@ TEST(Registration, HappensOnceAndWaitsWhileTheHostAsksLibrariesTo) {
     host.set_library(true);
     EXPECT_THROW(host.load(object), std::runtime_error);
     host.set_library(false);
-    EXPECT_EQ(host.load(object), "plain");
+    void* const self = gensym("tesk")->object;
+    host.bind("tesk", nullptr);
+    EXPECT_EQ(host.load(object), "plain") << "a host that binds nothing to its name is none";
+    host.bind("tesk", self);
     const std::size_t calls = host.registrations().size();
     EXPECT_EQ(host.load(object), "plain");
     EXPECT_EQ(host.registrations().size(), calls);
@@ -218,6 +234,7 @@ TEST(ReferencePage, FailsWithoutHinderingRegistration) {
         EXPECT_EQ(all.out, updating);
         EXPECT_EQ(all.err, "error trying to create folder\n" + missing +
                                "failed to open file stream for refpage\n");
+        EXPECT_FALSE(fs::exists("/plain.teskref.xml")) << "nor anywhere else";
     }
     {
         const package folder;
@@ -229,5 +246,44 @@ TEST(ReferencePage, FailsWithoutHinderingRegistration) {
         EXPECT_EQ(load(object).err, "failed to open file stream for refpage\n")
             << "a folder where the page should be";
     }
+    {
+        const package folder;
+        tesk::host::the().take_errors();
+        struct : std::streambuf {
+        } broken;  // takes nothing
+        std::streambuf* const stream = std::cerr.rdbuf(&broken);
+        std::cerr.exceptions(std::ios::badbit);  // as a host may have set it
+        testing::internal::CaptureStdout();
+        tesk::host::the().load(folder.with(PLAIN_OBJECT));
+        testing::internal::GetCapturedStdout();
+        std::cerr.exceptions(std::ios::goodbit);
+        std::cerr.rdbuf(stream);
+        EXPECT_EQ(tesk::host::the().take_errors(),
+                  (lines{"file not found", "failed to get date modified"}))
+            << "a stream that throws loses no line";
+    }
     EXPECT_NO_THROW(tesk::host::the().described("plain"));
 }
+
+#ifndef _WIN32
+TEST(ReferencePage, OnAFullDiskTheOldOneStays) {
+    const package folder;
+    const std::string object = folder.with(PLAIN_OBJECT);
+    fs::create_directories(folder.folder / "docs");
+    std::ofstream(folder.page("plain")) << "old";
+    fs::last_write_time(folder.page("plain"),
+                        fs::last_write_time(object) - std::chrono::seconds(1));
+    rlimit before{};
+    getrlimit(RLIMIT_FSIZE, &before);
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit full{100, before.rlim_max};  // bytes a file
+    setrlimit(RLIMIT_FSIZE, &full);
+    const printed all = load(object);
+    setrlimit(RLIMIT_FSIZE, &before);
+    std::signal(SIGXFSZ, handler);
+    EXPECT_EQ(all.err, "failed to write the refpage\n");
+    EXPECT_EQ(contents(folder.page("plain")), "old");
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder.folder / "docs"), {}), 1)
+        << "nothing half-written beside it";
+}
+#endif

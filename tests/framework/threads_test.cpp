@@ -32,6 +32,9 @@ TEST(Threads, MessagesAndWritesWaitForTheMainThread) {
     EXPECT_EQ(box->get_number("steps"), 0.0);
     EXPECT_EQ(made.host.serve(), 2) << "there is room again, and the last write wins";
     EXPECT_EQ(made.said(), (lines{"later 6", "steps 3"}));
+    elsewhere({"later_at"});
+    made.host.serve();
+    EXPECT_EQ(made.said(), lines{"later_at 1"}) << "the inlet of the call";
     EXPECT_EQ(box->get_number("steps"), 3.0);
     elsewhere({"later 7", "steps 4"});
     box->free();
@@ -48,6 +51,7 @@ TEST(Threads, AudioAndMainThreadShareAnInstanceUntilItsFree) {
     for (int round = 0; round < 10; ++round) {
         const auto box = made.host.make("example~");
         ASSERT_TRUE(box->prepare(44100.0, 32));
+        box->set("value", 1.0);
         made.said();
         std::atomic<int> sent{0};
         const auto act = [&](std::int64_t, double* const*) {
@@ -55,7 +59,8 @@ TEST(Threads, AudioAndMainThreadShareAnInstanceUntilItsFree) {
             box->send("later " + std::to_string(number));
             box->set("steps", std::min(number, 100));
             box->set("gain", std::min(number, 100));
-            box->get_number("gain");
+            const std::vector<double> value = box->get_numbers("value");
+            for (const double x : value) EXPECT_EQ(x, value.front()) << "torn";
         };
         const tesk::audio_thread audio(*box, {32, true, act});
         int last = 0;
@@ -64,9 +69,10 @@ TEST(Threads, AudioAndMainThreadShareAnInstanceUntilItsFree) {
             more = sent < 200;  // what was sent by now arrives in this round
             if (n % 16 == 0) box->prepare(n % 32 == 0 ? 48000.0 : 44100.0, 32);
             box->get_number("gain");
-            box->set("value", 1.0);
+            box->set("value", std::vector<double>(static_cast<std::size_t>(1 + n % 9), n));
             made.host.serve();
             for (const std::string& line : made.said()) {
+                EXPECT_EQ(line.find("destroyed"), line.npos) << line;
                 if (line.rfind("later ", 0) != 0) continue;
                 EXPECT_GT(std::stoi(line.substr(6)), last);
                 last = std::stoi(line.substr(6));
@@ -78,7 +84,30 @@ TEST(Threads, AudioAndMainThreadShareAnInstanceUntilItsFree) {
         box->free();
         EXPECT_FALSE(box->send("here 1"));
         EXPECT_EQ(made.host.serve(), 0);
+        for (const std::string& line : made.said())
+            EXPECT_EQ(line.find("destroyed"), line.npos) << line;
     }
+}
+
+// A call that finds another thread queueing one counts as one too many: dropped, never torn.
+TEST(Threads, OneMessageFromTwoThreadsArrivesWholeOrNotAtAll) {
+    const example_box made;
+    std::atomic<bool> stop{false};
+    const auto send = [&](const std::string& text) {
+        while (!stop) made.box->send("later " + text + " " + text);
+    };
+    std::thread first(send, "one"), second(send, "two");
+    std::size_t arrived = 0;
+    while (arrived < 2000) {
+        made.host.serve();
+        for (const std::string& line : made.said()) {
+            EXPECT_TRUE(line == "later one one" || line == "later two two") << line;
+            ++arrived;
+        }
+    }
+    stop = true;
+    first.join();
+    second.join();
 }
 
 TEST(Threads, PerformStandsStillDuringSetUpUnlessThatIsSwitchedOff) {
