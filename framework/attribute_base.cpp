@@ -24,7 +24,7 @@ attribute_base* found(void* host_object, void* attribute) {
 }
 
 // The host may read an element count at this distance from the object. The count lies in the
-// attribute, which each instance has elsewhere, so the host gets none: it asks the getter.
+// attribute, which each instance has elsewhere, so the host gets none: it calls the getter.
 constexpr std::int64_t no_count_offset = 0;
 
 }  // namespace

@@ -76,7 +76,7 @@ std::uint64_t date_modified(const host_path& of) {
 
 std::string absolute_path(const host_path& of) {
     std::array<char, host_path::longest_name + 1> absolute{};
-    // The number of a folder stands for the folder itself, its name is in it already.
+    // A folder's number identifies the folder itself, so its name is not appended.
     path_toabsolutesystempath(of.path, of.is_folder ? "" : of.file_name.data(), absolute.data());
     return absolute.data();
 }

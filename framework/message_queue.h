@@ -10,8 +10,23 @@
 
 namespace kv7::ply {
 
-// A circle of blocks, each a ring of slots. A small queue is one block linked to itself; a large
-// one moves from block to block, so that no allocation is larger than one block.
+// A circular list of blocks, each a ring of slots. A small queue is one block linked to itself; a
+// large one moves from block to block, so that no allocation is larger than one block.
+//
+// Invariants, which the comments below refer to by number:
+//   1. A slot holds an element exactly while its index lies in [read_index, write_index) of its
+//      block, modulo the block's slots; one slot of a block is always free.
+//   2. Only the producer writes write_block_ and a block's write_index and cached_read_index; only
+//      the consumer writes read_block_ and a block's read_index and cached_write_index.
+//   3. A cached index is an older value of the index it copies. It errs on the safe side: the
+//      producer sees at most as many free slots, the consumer at most as many elements as there
+//      are.
+//   4. The producer writes into write_block_ alone and leaves it only when it is full; the consumer
+//      reads from read_block_ alone and leaves it only when it is empty and not the write_block_.
+//      Blocks between the two, in the order of next, are full; those outside are empty.
+//   5. An element is complete before the index or block that publishes it, and emptied before the
+//      index or block that frees it: each release store below has its acquire load on the other
+//      side, so this holds on weakly ordered processors, too.
 template <class T>
 class message_queue {
 public:
@@ -53,7 +68,7 @@ private:
     std::vector<std::unique_ptr<ring_block>> blocks_;
     alignas(cache_line) std::atomic<ring_block*> read_block_{nullptr};
     alignas(cache_line) std::atomic<ring_block*> write_block_{nullptr};
-    // Whoever makes or ends the queue is ordered with the threads that use it between.
+    // Orders construction and destruction with the threads that use the queue in between.
     std::atomic<bool> fence_{false};
 };
 
@@ -91,23 +106,23 @@ bool message_queue<T>::enqueue(T element) {
     ring_block* block = write_block_.load(std::memory_order_relaxed);
     std::size_t index = block->write_index.load(std::memory_order_relaxed);
     if (block->after(index) == block->cached_read_index) {
-        // The consumer has emptied the slots before the index it shows.
+        // Acquires the emptied slots before the index (5).
         block->cached_read_index = block->read_index.load(std::memory_order_acquire);
         if (block->after(index) == block->cached_read_index) {
             ring_block* const next = block->next;
-            // Once the consumer has left a block, everything in it has been taken out.
+            // Acquires the block as the consumer left it: empty (4, 5).
             if (next == read_block_.load(std::memory_order_acquire)) return false;
             index = next->write_index.load(std::memory_order_relaxed);
             next->cached_read_index = next->read_index.load(std::memory_order_relaxed);
             ::new (static_cast<void*>(next->slots[index].bytes)) T(std::move(element));
             next->write_index.store(next->after(index), std::memory_order_release);
-            // The element is complete before the block that shows it.
+            // Publishes the element with its block (5).
             write_block_.store(next, std::memory_order_release);
             return true;
         }
     }
     ::new (static_cast<void*>(block->slots[index].bytes)) T(std::move(element));
-    // The slot is complete before the index that shows it.
+    // Publishes the element (5).
     block->write_index.store(block->after(index), std::memory_order_release);
     return true;
 }
@@ -116,7 +131,7 @@ template <class T>
 bool message_queue<T>::holds_front(ring_block& block) noexcept {
     const std::size_t index = block.read_index.load(std::memory_order_relaxed);
     if (index != block.cached_write_index) return true;
-    // Every element before the index that the producer shows may be read.
+    // Acquires the elements before the index (5).
     block.cached_write_index = block.write_index.load(std::memory_order_acquire);
     return index != block.cached_write_index;
 }
@@ -126,10 +141,11 @@ typename message_queue<T>::ring_block* message_queue<T>::block_to_read() noexcep
     ring_block* block = read_block_.load(std::memory_order_relaxed);
     if (holds_front(*block)) return block;
     if (block == write_block_.load(std::memory_order_acquire)) return nullptr;
-    // The producer may have filled this block after the first look and only then moved on.
+    // Having seen the producer leave, acquires all that it wrote here: it may have filled this
+    // block after the first test and only then moved on (4).
     if (holds_front(*block)) return block;
     block = block->next;
-    // The emptied block is finished with before the producer may enter it again.
+    // Publishes the emptied block, which the producer may enter again (5).
     read_block_.store(block, std::memory_order_release);
     return holds_front(*block) ? block : nullptr;
 }
@@ -142,7 +158,7 @@ bool message_queue<T>::dequeue(T& element) {
     T* const front = block->slots[index].element();
     element = std::move(*front);
     std::destroy_at(front);
-    // The slot is empty before the index that gives it back.
+    // Publishes the emptied slot (5).
     block->read_index.store(block->after(index), std::memory_order_release);
     return true;
 }

@@ -219,9 +219,9 @@ const row* row_named(std::string_view name) {
         row_of("mt_mousemove", type_private, touch<"mt_mousemove">),
         row_of("mt_mousedrag", type_private, touch<"mt_mousedrag">),
     };
-    const auto* const place = std::find_if(std::begin(rows), std::end(rows),
+    const auto* const found = std::find_if(std::begin(rows), std::end(rows),
                                            [name](const row& r) { return r.name == name; });
-    return place == std::end(rows) ? nullptr : place;
+    return found == std::end(rows) ? nullptr : found;
 }
 
 }  // namespace

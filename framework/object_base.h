@@ -48,11 +48,11 @@ public:
     object_base& operator=(const object_base&) = delete;
     virtual ~object_base();
 
-    virtual bool attributes_any_thread() const { return false; }  // writes need not wait for main
+    virtual bool attributes_any_thread() const { return false; }  // writes are not deferred to main
     virtual bool capability_1() const { return false; }           // no effect here
     virtual bool capability_2() const { return false; }           // no effect here
     virtual bool capability_3() const { return false; }           // no effect here
-    virtual bool any_thread_class() const { return false; }       // nor need messages
+    virtual bool any_thread_class() const { return false; }       // nor are messages
     virtual std::vector<std::string> class_options() const { return {}; }  // "multitouch"
 
     // What host calls get for this object: null unless a host instance encloses it.
@@ -61,7 +61,7 @@ public:
     }
 };
 
-// While one lives, the next object_base built on this thread stands in the given host instance.
+// During its lifetime the next object_base built on this thread is enclosed by the given instance.
 // A constructor can't be handed it, since the device class's own takes no arguments.
 class enclosing_instance {
 public:

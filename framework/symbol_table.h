@@ -13,8 +13,8 @@ extern symbol preset;            // "_preset": the object bound to it is the pre
 extern symbol box;               // name space of classes and instances
 extern symbol nobox;             // name space of classes without a box
 extern symbol float64;           // datatype of float attributes
-extern symbol getname;           // asks a host attribute for its name
-extern symbol gettype;           // asks a host attribute for its type
+extern symbol getname;           // message to a host attribute: its name
+extern symbol gettype;           // message to a host attribute: its type
 extern symbol long_integer;      // "long": datatype of integer, bool and enum attributes
 extern symbol tesk;              // the object bound to it is the host's own
 extern symbol modified;          // notification after "value" changes

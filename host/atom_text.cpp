@@ -18,12 +18,12 @@ bool is_blank(char c) {
     return c == ' ' || c == '\t' || c == '\n' || c == '\r';
 }
 
-[[noreturn]] void refuse(std::string_view what, std::size_t place) {
-    throw std::invalid_argument(std::string(what) + " at character " + std::to_string(place + 1));
+[[noreturn]] void refuse(std::string_view what, std::size_t index) {
+    throw std::invalid_argument(std::string(what) + " at character " + std::to_string(index + 1));
 }
 
 // A number when all of the word is one.
-bool read_number(std::string_view word, std::size_t place, tesk_atom& value) {
+bool read_number(std::string_view word, std::size_t index, tesk_atom& value) {
     std::string_view digits = word;
     if (digits.size() > 1 && digits[0] == '+' && digits[1] != '-') digits.remove_prefix(1);
     const std::size_t sign = digits.front() == '-' ? 1 : 0;
@@ -33,7 +33,7 @@ bool read_number(std::string_view word, std::size_t place, tesk_atom& value) {
     const char* const end = digits.data() + digits.size();
     std::int64_t integer = 0;
     if (const auto read = std::from_chars(digits.data(), end, integer); read.ptr == end) {
-        if (read.ec == std::errc::result_out_of_range) refuse("number out of range", place);
+        if (read.ec == std::errc::result_out_of_range) refuse("number out of range", index);
         if (read.ec == std::errc{}) {
             value = atom_of(integer);
             return true;
@@ -42,25 +42,25 @@ bool read_number(std::string_view word, std::size_t place, tesk_atom& value) {
     double number = 0;
     const auto read = std::from_chars(digits.data(), end, number);
     if (read.ptr != end || read.ec == std::errc::invalid_argument) return false;
-    if (read.ec == std::errc::result_out_of_range) refuse("number out of range", place);
+    if (read.ec == std::errc::result_out_of_range) refuse("number out of range", index);
     value = atom_of(number);
     return true;
 }
 
-// From behind the opening quote; leaves place behind the closing one.
-std::string read_quoted(const std::string& text, std::size_t& place) {
-    const std::size_t opened = place - 1;
+// Begins after the opening quote; leaves index after the closing one.
+std::string read_quoted(const std::string& text, std::size_t& index) {
+    const std::size_t opened = index - 1;
     std::string name;
-    for (; place < text.size(); ++place) {
-        if (text[place] == '"') {
-            ++place;
-            if (place < text.size() && !is_blank(text[place]))
-                refuse("no blank behind a closing quote", place);
+    for (; index < text.size(); ++index) {
+        if (text[index] == '"') {
+            ++index;
+            if (index < text.size() && !is_blank(text[index]))
+                refuse("no blank after a closing quote", index);
             return name;
         }
-        if (text[place] == '\\' && place + 1 < text.size()) ++place;
-        if (text[place] == '\0') refuse("zero byte", place);
-        name += text[place];
+        if (text[index] == '\\' && index + 1 < text.size()) ++index;
+        if (text[index] == '\0') refuse("zero byte", index);
+        name += text[index];
     }
     refuse("quote without an end", opened);
 }
@@ -108,20 +108,20 @@ std::string text_of(const tesk_atom& value) {
 
 atom_list atoms_of_text(const std::string& text) {
     atom_list values;
-    std::size_t place = 0;
+    std::size_t index = 0;
     while (true) {
-        while (place < text.size() && is_blank(text[place])) ++place;
-        if (place == text.size()) return values;
-        if (text[place] == '"') {
-            values.push_back(atom_of(read_quoted(text, ++place)));
+        while (index < text.size() && is_blank(text[index])) ++index;
+        if (index == text.size()) return values;
+        if (text[index] == '"') {
+            values.push_back(atom_of(read_quoted(text, ++index)));
             continue;
         }
-        const std::size_t begin = place;
-        for (; place < text.size() && !is_blank(text[place]); ++place) {
-            if (text[place] == '"') refuse("quote inside a name", place);
-            if (text[place] == '\0') refuse("zero byte", place);
+        const std::size_t begin = index;
+        for (; index < text.size() && !is_blank(text[index]); ++index) {
+            if (text[index] == '"') refuse("quote inside a name", index);
+            if (text[index] == '\0') refuse("zero byte", index);
         }
-        const std::string word = text.substr(begin, place - begin);
+        const std::string word = text.substr(begin, index - begin);
         tesk_atom value{};
         values.push_back(read_number(word, begin, value) ? value : atom_of(word));
     }

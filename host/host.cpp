@@ -49,9 +49,9 @@ std::string host::load(const std::string& object_path) {
     if (kept.registered_last != nullptr) kept.class_of_file[key] = kept.registered_last->info.name;
     if (const auto known = kept.class_of_file.find(key); known != kept.class_of_file.end())
         return known->second;
-    const std::string told = joined(errors(), errors_before);
+    const std::string reported = joined(errors(), errors_before);
     throw std::runtime_error(object_path + ": registers no class" +
-                             (told.empty() ? "" : ": " + told));
+                             (reported.empty() ? "" : ": " + reported));
 }
 
 std::unique_ptr<instance> host::make(const std::string& box_text) {
@@ -86,9 +86,9 @@ std::unique_ptr<instance> host::make(const std::string& box_text) {
         delete allocated;
     }
     if (record == nullptr) {
-        const std::string told = joined(errors(), errors_before);
-        throw std::runtime_error(told.empty() ? std::string(name->name) + ": could not be made"
-                                              : told);
+        const std::string reported = joined(errors(), errors_before);
+        throw std::runtime_error(reported.empty() ? std::string(name->name) + ": could not be made"
+                                                  : reported);
     }
     kept.instances.push_back(record);
     return std::make_unique<instance>(record);

@@ -59,8 +59,8 @@ struct live_memory {
     bool operator==(const live_memory&) const = default;
 };
 
-// One per process. The thread that asks first is the main thread: load, make, serve and everything
-// below belong to it, unless a line says otherwise.
+// One per process. The thread that calls the() first is the main thread: load, make, serve and
+// everything below belong to it, unless a line says otherwise.
 class host {
 public:
     TESK_EXPORT static host& the();
@@ -81,8 +81,8 @@ public:
     TESK_EXPORT std::vector<std::string> errors() const;
     TESK_EXPORT std::vector<std::string> take_errors();  // and empties it
 
-    // Runs what waited for the main thread when this began: deferred calls and set qelems, in the
-    // order in which they came. How many.
+    // Runs what was deferred to the main thread before this call: deferred calls and set qelems, in
+    // the order in which they came. How many.
     TESK_EXPORT int serve();
 
     TESK_EXPORT void set_version(std::uint16_t version);                // 0x900 at first
@@ -106,8 +106,8 @@ private:
     host() = default;
 };
 
-// One box. Freed on the main thread: what still waits for it is dropped, and calls under way on
-// other threads are awaited.
+// One box. Freed on the main thread: what is still deferred to it is dropped, after waiting for
+// calls under way on other threads.
 class instance {
 public:
     struct borrowed {};

@@ -27,12 +27,12 @@ bool instance::set(const std::string& attribute, const atom_list& values) {
     if (!given.empty() && given.front().type == 3 && info.property("style") == "enumindex") {
         const std::vector<std::string> names = info.value_names();
         const std::string wanted = given.front().value.as_symbol->name;
-        const auto place = std::find(names.begin(), names.end(), wanted);
-        if (place == names.end()) {
+        const auto named = std::find(names.begin(), names.end(), wanted);
+        if (named == names.end()) {
             refuse(attribute + ": no value named " + wanted);
             return false;
         }
-        given.front() = atom_of(static_cast<std::int64_t>(place - names.begin()));
+        given.front() = atom_of(static_cast<std::int64_t>(named - names.begin()));
     }
     return set_attribute(*record_, name, std::move(given)) == 0;
 }

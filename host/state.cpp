@@ -1,8 +1,6 @@
 #include "host/state.h"
 
 #include <algorithm>
-#include <cstdarg>
-#include <cstdio>
 
 namespace {
 
@@ -18,21 +16,21 @@ void dsp_add64(void* chain, void* instance, tesk_perform perform, std::int64_t, 
 
 const tesk_class::method* tesk_class::find_method(const tesk_symbol* wanted) const {
     // A name added twice: the later one holds.
-    const auto place = std::find_if(methods.rbegin(), methods.rend(),
+    const auto found = std::find_if(methods.rbegin(), methods.rend(),
                                     [=](const method& m) { return m.name == wanted; });
-    return place == methods.rend() ? nullptr : &*place;
+    return found == methods.rend() ? nullptr : &*found;
 }
 
 const tesk_class::attribute* tesk_class::find_attribute(const tesk_symbol* wanted) const {
-    const auto place = std::find_if(attributes.begin(), attributes.end(),
+    const auto found = std::find_if(attributes.begin(), attributes.end(),
                                     [=](const auto& a) { return a->name == wanted; });
-    return place == attributes.end() ? nullptr : place->get();
+    return found == attributes.end() ? nullptr : found->get();
 }
 
 tesk::attribute_info* tesk_class::find_info(const std::string& wanted) {
-    const auto place = std::find_if(info.attributes.begin(), info.attributes.end(),
+    const auto found = std::find_if(info.attributes.begin(), info.attributes.end(),
                                     [&](const auto& a) { return a.name == wanted; });
-    return place == info.attributes.end() ? nullptr : &*place;
+    return found == info.attributes.end() ? nullptr : &*found;
 }
 
 namespace tesk {
@@ -60,24 +58,3 @@ host_state& state() {
 }
 
 }  // namespace tesk
-
-extern "C" {
-
-void object_error(void* object, const char* format, ...) {
-    std::va_list values;
-    va_start(values, format);
-    char text[2048];
-    std::vsnprintf(text, sizeof text, format, values);
-    va_end(values);
-    std::string line = text;
-    if (object != nullptr)
-        line = std::string(static_cast<tesk::host_object*>(object)->of_class->name->name) + ": " +
-               line;
-    tesk::state().error(line);
-}
-
-uint16_t teskversion(void) {
-    return tesk::state().version.load();
-}
-
-}  // extern "C"

@@ -1,4 +1,4 @@
-// What the host keeps between its calls: classes, instances, the error channel, what waits for
+// What the host keeps between its calls: classes, instances, the error channel, what is deferred to
 // the main thread, and how much memory objects hold.
 #pragma once
 
@@ -118,7 +118,7 @@ struct qelem {
     bool is_set = false;  // under the task mutex
 };
 
-// Waits for the main thread: a set qelem, or a deferred call.
+// Deferred to the main thread: a set qelem, or a call.
 struct task {
     qelem* set = nullptr;
     void* object = nullptr;
@@ -145,7 +145,7 @@ struct host_state {
     std::vector<instance_record*> allocated;  // by the make under way
     std::map<std::string, dictionary*> dictionaries;
     std::vector<std::string> search_folders;
-    std::vector<std::string> folders;  // a path's number is its place, from 1
+    std::vector<std::string> folders;  // a path's number is its index, from 1
 
     std::atomic<std::uint16_t> version{0x900};
     std::atomic<double> rate{44100.0};          // Hz
@@ -169,7 +169,7 @@ struct host_state {
     void trace(const std::string& line) { traffic.push_back(line); }
 };
 
-host_state& state();  // made by whoever asks first, never destroyed
+host_state& state();  // made by the first call, never destroyed
 
 instance_record* record_of(void* object);  // null for null and for what is no instance
 

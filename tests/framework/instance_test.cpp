@@ -164,7 +164,7 @@ TEST(Message, ThatCannotBeIsRefusedWithALineThatNamesIt) {
         {"Flag 1", "no message or attribute named Flag"},
         {"float", "float needs a value"},
         {"", "empty message"},
-        {"x \"a\"b", "message not understood: no blank behind a closing quote at character 6"},
+        {"x \"a\"b", "message not understood: no blank after a closing quote at character 6"},
     };
     for (const auto& [text, error] : rows) {
         EXPECT_FALSE(box->send(text)) << text;

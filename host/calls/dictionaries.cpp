@@ -1,5 +1,5 @@
-// Objects of the host that are found by name: dictionaries, and the preset being stored.
-#include <utility>
+// Objects of the host that objects hold: dictionaries, counted by reference, and the preset being
+// stored.
 
 #include "host/state.h"
 
@@ -26,11 +26,11 @@ void* dictionary_new(void) {
 
 void* dictobj_findregistered_retain(tesk_symbol* name) {
     auto& registered = tesk::state().dictionaries;
-    const auto place = registered.find(name->name);
-    if (place == registered.end()) return nullptr;
-    ++place->second->references;
+    const auto found = registered.find(name->name);
+    if (found == registered.end()) return nullptr;
+    ++found->second->references;
     ++tesk::state().live.dictionaries;
-    return place->second;
+    return found->second;
 }
 
 int64_t dictobj_release(void* object) {
@@ -54,34 +54,3 @@ int64_t binbuf_insert(void* object, void*, int64_t count, tesk_atom* values) {
 }
 
 }  // extern "C"
-
-namespace tesk {
-
-void host::bind(const std::string& symbol_name, void* object) {
-    gensym(symbol_name.c_str())->object = object;
-}
-
-void* host::new_dictionary(const std::string& registered_name) {
-    auto* const made = static_cast<dictionary*>(dictionary_new());
-    made->registered_name = registered_name;
-    if (!registered_name.empty()) state().dictionaries[registered_name] = made;
-    return made;
-}
-
-void host::free_dictionary(void* object) {
-    object_free(object);
-}
-
-std::vector<std::string> host::store_preset() {
-    preset stored;
-    stored.of_class = &state().preset_class;
-    bind("_preset", &stored);
-    for (instance_record* const record : state().instances) {
-        const tesk_class::method* const method = record->of_class->find_method(gensym("preset"));
-        if (method != nullptr) reinterpret_cast<void (*)(void*)>(method->function)(record->object);
-    }
-    bind("_preset", nullptr);
-    return std::move(stored.lists);
-}
-
-}  // namespace tesk

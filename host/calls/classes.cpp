@@ -40,10 +40,10 @@ int64_t add_property(const char* call, tesk_class* of_class, const char* name, c
                   std::to_string(flags) + " " + text);
     tesk::attribute_info* const info = of_class->find_info(name);
     if (info == nullptr) return 1;
-    const auto place = std::find_if(info->properties.begin(), info->properties.end(),
+    const auto found = std::find_if(info->properties.begin(), info->properties.end(),
                                     [key](const auto& p) { return p.first == key; });
-    if (place != info->properties.end())
-        place->second = text;
+    if (found != info->properties.end())
+        found->second = text;
     else
         info->properties.emplace_back(key, text);
     return 0;
@@ -166,29 +166,3 @@ int64_t class_register(tesk_symbol* name_space, tesk_class* of_class) {
 }
 
 }  // extern "C"
-
-namespace tesk {
-
-std::string attribute_info::property(const std::string& key) const {
-    for (const auto& [name_, text] : properties)
-        if (name_ == key) return text;
-    return {};
-}
-
-double attribute_info::number(const std::string& key) const {
-    const std::string text = property(key);
-    const std::vector<std::string> items = quoted_items(text);
-    return as_number(items.size() == 1 ? items.front() : text);
-}
-
-std::vector<std::string> attribute_info::value_names() const {
-    return quoted_items(property("enumvals"));
-}
-
-const attribute_info* class_info::attribute(const std::string& wanted) const {
-    for (const attribute_info& info : attributes)
-        if (info.name == wanted) return &info;
-    return nullptr;
-}
-
-}  // namespace tesk

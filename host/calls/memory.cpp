@@ -26,7 +26,7 @@ void* object_alloc(tesk_class* of_class) {
     constexpr std::size_t alignment = 64, shift = 16;
     const auto size = static_cast<std::size_t>(of_class->size);
     auto* const block = static_cast<std::byte*>(
-        ::operator new(size + shift, std::align_val_t{alignment}, std::nothrow));
+        ::operator new (size + shift, std::align_val_t{alignment}, std::nothrow));
     if (block == nullptr) return nullptr;
     std::byte* const memory = block + shift;
     std::memset(memory, 0, size);
@@ -44,26 +44,3 @@ void* object_alloc(tesk_class* of_class) {
 }
 
 }  // extern "C"
-
-namespace tesk {
-
-void give_back(instance_record& record) {
-    host_state& host = state();
-    drop_tasks_of(record.object);
-    host.live.outlets -= static_cast<std::int64_t>(record.outlets.size());
-    record.outlets.clear();
-    if (record.registered) --host.live.registrations;
-    record.registered = false;
-    if (record.object == nullptr) return;
-    ::operator delete (record.block, std::align_val_t{64});
-    record.object = nullptr;
-    --host.live.instances;
-}
-
-live_memory host::live() const {
-    const auto& now = state().live;
-    return {now.pointers, now.instances,    now.qelems,
-            now.outlets,  now.dictionaries, now.registrations};
-}
-
-}  // namespace tesk

@@ -25,10 +25,10 @@ extern "C" {
 tesk_symbol* gensym(const char* text) {
     symbol_table& all = table();
     const std::lock_guard lock(all.mutex);
-    auto& place = *all.symbols.try_emplace(text != nullptr ? text : "").first;
-    if (!place.second)
-        place.second = std::make_unique<tesk_symbol>(tesk_symbol{place.first.c_str(), nullptr});
-    return place.second.get();
+    auto& entry = *all.symbols.try_emplace(text != nullptr ? text : "").first;
+    if (!entry.second)
+        entry.second = std::make_unique<tesk_symbol>(tesk_symbol{entry.first.c_str(), nullptr});
+    return entry.second.get();
 }
 
 tesk_symbol* gensym_tr(const char* text) {

@@ -29,8 +29,8 @@ std::string slashes(const fs::path& path) {
 std::int16_t number_of(const fs::path& folder) {
     auto& folders = tesk::state().folders;
     const std::string text = slashes(folder);
-    const auto place = std::find(folders.begin(), folders.end(), text);
-    if (place != folders.end()) return static_cast<std::int16_t>(place - folders.begin() + 1);
+    const auto found = std::find(folders.begin(), folders.end(), text);
+    if (found != folders.end()) return static_cast<std::int16_t>(found - folders.begin() + 1);
     folders.push_back(text);
     return static_cast<std::int16_t>(folders.size());
 }
@@ -70,7 +70,7 @@ bool located(const std::string& name, const std::uint32_t* types, std::int16_t c
     return false;
 }
 
-// Nanoseconds, so that a page written right behind its object file is not older.
+// Nanoseconds, so that a page written right after its object file is not older.
 std::int16_t date_of(const fs::path& file, std::uint64_t* date) {
     std::error_code failed;
     const fs::file_time_type time = fs::last_write_time(file, failed);
