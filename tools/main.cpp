@@ -29,10 +29,10 @@ void carry_out(const attributes_order& order) {
 
 void carry_out(const presets_order&) {
     constexpr std::size_t name_width = 18;
-    for (const preset& known : list_presets()) {
-        std::string name = known.name;
+    for (const listed_preset& preset : list_presets()) {
+        std::string name = preset.name;
         name.resize(std::max(name.size(), name_width), ' ');
-        std::cout << name << ' ' << known.title << '\n';
+        std::cout << name << ' ' << preset.title.title << ": " << preset.title.description << '\n';
     }
 }
 
