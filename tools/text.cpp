@@ -22,8 +22,8 @@ std::optional<Number> read_all(std::string_view text) {
     return value;
 }
 
-// Levenshtein's distance, one row at a time.
-std::size_t letters_apart(std::string_view a, std::string_view b) {
+// Levenshtein distance, computed row by row.
+std::size_t edit_distance(std::string_view a, std::string_view b) {
     std::vector<std::size_t> row(b.size() + 1);
     for (std::size_t j = 0; j <= b.size(); ++j) row[j] = j;
     for (std::size_t i = 1; i <= a.size(); ++i) {
@@ -166,10 +166,10 @@ std::string counted(std::int64_t n, const char* one, const char* several) {
 
 std::string nearest_name(std::string_view wanted, const std::vector<std::string>& names) {
     std::string nearest;
-    std::size_t fewest = std::numeric_limits<std::size_t>::max();
+    std::size_t min_distance = std::numeric_limits<std::size_t>::max();
     for (const std::string& name : names)
-        if (const std::size_t apart = letters_apart(wanted, name); apart < fewest) {
-            fewest = apart;
+        if (const std::size_t distance = edit_distance(wanted, name); distance < min_distance) {
+            min_distance = distance;
             nearest = name;
         }
     return nearest;

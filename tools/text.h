@@ -12,10 +12,10 @@
 
 namespace program {
 
-std::string_view trimmed(std::string_view text);  // of blanks, tabs and line ends
+std::string_view trimmed(std::string_view text);  // without blanks and line ends around it
 
 std::string in_quotes(std::string_view text);
-std::string_view without_quotes(std::string_view text);  // if it has them on both ends
+std::string_view without_quotes(std::string_view text);  // when it has them at both ends
 
 bool is_utf8(std::string_view text);
 
@@ -35,12 +35,12 @@ void check_value_count(std::size_t count, std::size_t max);  // at least one; th
 bad_text unknown_attribute(std::string_view name, const std::vector<std::string>& names);
 
 std::string one_line(std::string text);              // control characters become ?
-std::string number_text(double value);               // shortest that reads the same
+std::string number_text(double value);               // shortest that reads as the same value
 std::string fixed_text(double value, int decimals);  // 12.500
 std::string dbfs_text(double peak);                  // of a linear peak: -3.2, -inf
 std::string counted(std::int64_t n, const char* one, const char* several);  // 1 event, 2 events
 
-// The name with the fewest letters to change, add or drop; the first of several; "" of none.
+// The name with the least edit distance, the first of several; "" when there are no names.
 std::string nearest_name(std::string_view wanted, const std::vector<std::string>& names);
 
 }  // namespace program
