@@ -1,6 +1,6 @@
 cmake_minimum_required(VERSION 3.25)
-# Fails unless OBJECT exports ext_main alone, carries the 38 bytes of the factory marker and asks for
-# nothing but the calls of the library HOST and the C and C++ runtime.
+# Fails unless OBJECT exports ext_main alone, contains the 38 bytes of the factory marker, and imports
+# only calls of the library HOST and of the C and C++ runtime.
 execute_process(COMMAND ${NM} -D --defined-only ${OBJECT} OUTPUT_VARIABLE exports
   COMMAND_ERROR_IS_FATAL ANY)
 string(STRIP "${exports}" exports)
@@ -23,9 +23,9 @@ execute_process(COMMAND ${NM} -D --undefined-only --format=just-symbols ${OBJECT
   OUTPUT_VARIABLE wanted COMMAND_ERROR_IS_FATAL ANY)
 string(REPLACE "\n" ";" wanted "${wanted}")
 foreach(symbol ${wanted})
-  # The runtime's symbols have versions; the rest of it are the loader's own and sanitizers'.
+  # The runtime's symbols have versions; the others are the dynamic linker's and the sanitizers'.
   if(NOT symbol MATCHES "@(GLIBC|GLIBCXX|CXXABI|GCC)_|^_ITM_|^__gmon_start__$|^__(asan|ubsan|tsan)"
      AND NOT symbol IN_LIST calls)
-    message(FATAL_ERROR "${OBJECT}: asks for ${symbol}, which neither host nor runtime has")
+    message(FATAL_ERROR "${OBJECT}: imports ${symbol}, which neither host nor runtime defines")
   endif()
 endforeach()

@@ -1,9 +1,9 @@
 cmake_minimum_required(VERSION 3.25)
 include(${CMAKE_CURRENT_LIST_DIR}/tesk_calls.cmake)
-# Prints what OBJECT exports, imports and carries, as public tools list it. Fails unless it exports
-# ext_main alone, carries the factory marker as its one resource, asks for each of the host's calls
-# in the library that has it, and for nothing else but the system's own libraries, and never
-# expects more of the stack than the 16-byte alignment that the system keeps.
+# Prints the exports, imports and resources of OBJECT as public tools list them. Fails unless it
+# exports ext_main alone, has the factory marker as its only resource, imports each call of the host
+# from the library that defines it and all others from the system's libraries, and relies on no more
+# than the 16-byte stack alignment that the system guarantees.
 execute_process(COMMAND ${OBJDUMP} -p ${OBJECT} OUTPUT_VARIABLE headers
   COMMAND_ERROR_IS_FATAL ANY)
 
@@ -17,7 +17,7 @@ execute_process(COMMAND wrestool -l ${OBJECT} OUTPUT_VARIABLE resources COMMAND_
 message("Resources:\n${resources}")
 set(marker "--type='KV7OBJECTPROPERTIES' --name='KV7OBJECTPROPERTIES' --language=1033")
 if(NOT resources MATCHES "^${marker} \\[offset=[^ ]* size=38\\]\n$")
-  message(FATAL_ERROR "${OBJECT}: the marker is not the one resource of it, or not as it should be")
+  message(FATAL_ERROR "${OBJECT}: expected the marker as the only resource")
 endif()
 set(marker_text ${CMAKE_CURRENT_BINARY_DIR}/marker_of_object)
 execute_process(COMMAND wrestool -x --raw -o ${marker_text} ${OBJECT} COMMAND_ERROR_IS_FATAL ANY)
@@ -31,16 +31,16 @@ if(NOT text STREQUAL expected)
 endif()
 
 set(system_libraries KERNEL32 msvcrt)
-set(met)
+set(imported)
 string(REGEX MATCHALL "DLL Name: [^\n]*\n\tvma:[^\n]*\n(\t[^\n]*\n)*" tables "${headers}")
 message("Imports:")
 foreach(table IN LISTS tables)
   string(REGEX MATCH "DLL Name: ([^\n]*)\\.dll" name "${table}")
   set(library ${CMAKE_MATCH_1})
-  list(APPEND met ${library})
+  list(APPEND imported ${library})
   string(REGEX MATCHALL "\t[0-9a-f]+\t +[0-9]+ +[^\n]*" lines "${table}")
-  list(TRANSFORM lines REPLACE "^\t[0-9a-f]+\t +[0-9]+ +([^ ]+)$" "\\1" OUTPUT_VARIABLE wanted)
-  list(JOIN wanted " " shown)
+  list(TRANSFORM lines REPLACE "^\t[0-9a-f]+\t +[0-9]+ +([^ ]+)$" "\\1" OUTPUT_VARIABLE calls)
+  list(JOIN calls " " shown)
   message("${library}.dll: ${shown}")
   if(library IN_LIST system_libraries)
     continue()
@@ -49,21 +49,21 @@ foreach(table IN LISTS tables)
     message(FATAL_ERROR "${OBJECT}: needs ${library}.dll")
   endif()
   tesk_calls_of(${library} offered)
-  foreach(call ${wanted})
+  foreach(call ${calls})
     if(NOT call IN_LIST offered)
-      message(FATAL_ERROR "${OBJECT}: asks for ${call} in ${library}.dll, which has no such call")
+      message(FATAL_ERROR "${OBJECT}: imports ${call} from ${library}.dll, which has no such call")
     endif()
   endforeach()
 endforeach()
 foreach(library ${TESK_LIBRARIES})
-  if(NOT library IN_LIST met)
-    message(FATAL_ERROR "${OBJECT}: asks nothing of ${library}.dll")
+  if(NOT library IN_LIST imported)
+    message(FATAL_ERROR "${OBJECT}: imports nothing from ${library}.dll")
   endif()
 endforeach()
 
-# Compilers have taken such a stack for aligned to 32 bytes. Moves between registers don't matter.
+# Compilers have assumed a stack aligned to 32 bytes. Moves between registers need no alignment.
 execute_process(COMMAND ${OBJDUMP} -d --no-show-raw-insn ${OBJECT}
   COMMAND grep -E "vmov(aps|apd|dqa) +(.*\\(.*%ymm|%ymm[0-9]+,.*\\()" OUTPUT_VARIABLE aligned)
 if(aligned)
-  message(FATAL_ERROR "${OBJECT}: moves that want 32-byte alignment:\n${aligned}")
+  message(FATAL_ERROR "${OBJECT}: moves that need 32-byte alignment:\n${aligned}")
 endif()

@@ -1,11 +1,11 @@
-# What every target of ours is compiled with.
+# The options that every target here is compiled with.
 add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion)
 if(VESK_WERROR)
   add_compile_options(-Werror)
 endif()
 
-# The numbers are the sound: fuse where the source says so and nowhere else, with either compiler.
+# Every bit is part of the sound: both compilers fuse where the source says so and nowhere else.
 add_compile_options(-ffp-contract=off)
 
-# No path of the building machine in what we build.
+# No path of the build machine in the binaries.
 add_compile_options(-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=)

@@ -1,5 +1,5 @@
-# What tests of a cross-build need: GoogleTest from its source, the compiler's run-time libraries
-# beside the programs, and programs that are asked for their tests no sooner than ctest runs.
+# What tests of a cross-build need: GoogleTest built from source, the compiler's run-time libraries in
+# the folder of the programs, and tests that are discovered when ctest runs instead of when built.
 set(BUILD_GMOCK OFF)
 set(INSTALL_GTEST OFF)
 add_subdirectory(/usr/src/googletest ${PROJECT_BINARY_DIR}/googletest EXCLUDE_FROM_ALL)

@@ -1,4 +1,4 @@
-# The host's calls on Windows, each in the library that framework/host_interface.h lists it under.
+# The host's calls on Windows by library, as framework/host_interface.h lists them.
 set(TESK_LIBRARIES TeskAPI TeskAudio vrxlib)
 set(TESK_CALLS_HEADER ${CMAKE_CURRENT_LIST_DIR}/../framework/host_interface.h)
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${TESK_CALLS_HEADER})
@@ -39,7 +39,7 @@ function(tesk_add_import_libraries target)
 endfunction()
 
 # The substitute's libraries: target, which defines all calls, becomes the first of them; the others
-# hand theirs on to it under a name that no object asks for, so that a call imported from the wrong
+# forward theirs to it under names that no object imports, so that a call imported from the wrong
 # library is not found.
 function(tesk_make_libraries target)
   list(GET TESK_LIBRARIES 0 core)
@@ -49,14 +49,14 @@ function(tesk_make_libraries target)
       continue()
     endif()
     tesk_calls_of(${library} calls)
-    set(handed_on)
+    set(forwarded)
     foreach(call ${calls})
-      list(APPEND exports "handed_on_${call}=${call}")
-      string(APPEND handed_on "${call}=${core}.handed_on_${call}\n")
+      list(APPEND exports "forwarded_${call}=${call}")
+      string(APPEND forwarded "${call}=${core}.forwarded_${call}\n")
     endforeach()
     set(base ${CMAKE_CURRENT_BINARY_DIR}/${library})
-    file(CONFIGURE OUTPUT ${base}.def CONTENT "EXPORTS\n${handed_on}")
-    file(CONFIGURE OUTPUT ${base}.cpp CONTENT "// The linker wants one file.\n")
+    file(CONFIGURE OUTPUT ${base}.def CONTENT "EXPORTS\n${forwarded}")
+    file(CONFIGURE OUTPUT ${base}.cpp CONTENT "// A library needs at least one source.\n")
     add_library(${library} SHARED ${base}.cpp ${base}.def)
     set_target_properties(${library} PROPERTIES PREFIX "")
     add_dependencies(${library} ${target})

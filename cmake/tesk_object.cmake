@@ -1,6 +1,6 @@
-# An object file as the host loads it: one export, the marker section, its place in a package.
+# An object file as the host loads it: one export, the marker section, its path in a package.
 #   tesk_add_object(target OBJECT_NAME name~ PACKAGE folder SOURCES ... LIBRARIES ...)
-# The host's calls stay undefined, or imported by name; they are found when the object is loaded.
+# The host's calls stay undefined, or imported by name, until the object is loaded.
 function(tesk_add_object target)
   cmake_parse_arguments(ARG "" "OBJECT_NAME;PACKAGE" "SOURCES;LIBRARIES" ${ARGN})
   if(NOT ARG_PACKAGE)
@@ -14,7 +14,7 @@ function(tesk_add_object target)
     LIBRARY_OUTPUT_DIRECTORY ${ARG_PACKAGE}/externals)
   set(cmake ${PROJECT_SOURCE_DIR}/cmake)
   if(WIN32)
-    # The C++ runtime goes inside, and no time of building.
+    # Linked with a static C++ runtime, and without a time stamp.
     target_sources(${target} PRIVATE ${cmake}/factory_marker.rc)
     target_link_options(${target} PRIVATE -static -s -Wl,--no-insert-timestamp)
   else()

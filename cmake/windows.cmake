@@ -1,7 +1,7 @@
-# Tool chain: 64-bit Windows by Debian's g++-mingw-w64-x86-64-posix; programs run under Wine.
+# Toolchain for 64-bit Windows: Debian's g++-mingw-w64-x86-64-posix; programs run under Wine.
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86_64)
-set(CMAKE_C_COMPILER x86_64-w64-mingw32-gcc-posix)  # GoogleTest asks for one
+set(CMAKE_C_COMPILER x86_64-w64-mingw32-gcc-posix)  # needed by GoogleTest
 set(CMAKE_CXX_COMPILER x86_64-w64-mingw32-g++-posix)
 set(CMAKE_RC_COMPILER x86_64-w64-mingw32-windres)
 set(CMAKE_CROSSCOMPILING_EMULATOR ${CMAKE_CURRENT_LIST_DIR}/../scripts/wine)

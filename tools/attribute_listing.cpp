@@ -17,7 +17,7 @@ namespace {
 constexpr std::size_t name_width = 18;   // characters
 constexpr std::size_t type_width = 9;    // characters
 constexpr std::size_t range_width = 20;  // characters
-constexpr std::size_t text_width = 100;  // characters of a whole line
+constexpr std::size_t line_width = 100;  // characters
 
 const char* type_of(const tesk::attribute_info& attribute) {
     const std::string style = attribute.property("style");
@@ -35,11 +35,11 @@ std::vector<double> numbers_of(const std::string& text) {
     return numbers;
 }
 
-// The text without its markup.
-std::string text_below(const pugi::xml_node& node) {
+// Without markup.
+std::string text_of(const pugi::xml_node& node) {
     if (node.type() == pugi::node_pcdata) return node.value();
     std::string text;
-    for (const pugi::xml_node& child : node) text += text_below(child);
+    for (const pugi::xml_node& child : node) text += text_of(child);
     return text;
 }
 
@@ -79,14 +79,14 @@ std::string range_text(const listed_attribute& attribute) {
            (attribute.unit.empty() ? "" : " " + attribute.unit);
 }
 
-// Lines of words, each behind the indent.
+// Breaks the text into indented lines.
 std::string wrapped(const std::string& text, std::size_t indent) {
     std::string lines;
     std::string line;
     for (std::size_t begin = 0; begin < text.size();) {
         const std::size_t end = std::min(text.find(' ', begin), text.size());
         const std::string word = text.substr(begin, end - begin);
-        if (!line.empty() && indent + line.size() + 1 + word.size() > text_width) {
+        if (!line.empty() && indent + line.size() + 1 + word.size() > line_width) {
             lines += std::string(indent, ' ') + line + "\n";
             line.clear();
         }
@@ -129,8 +129,8 @@ std::vector<listed_attribute> list_attributes(const tesk::class_info& of_class,
             listed.high = read_number(without_quotes(known.property("maximum")));
         }
         listed.description =
-            text_below(described.find_child_by_attribute("attribute", "name", known.name.c_str())
-                           .child("description"));
+            text_of(described.find_child_by_attribute("attribute", "name", known.name.c_str())
+                        .child("description"));
         add_table_data(listed);
         attributes.push_back(std::move(listed));
     }
@@ -168,9 +168,9 @@ std::string as_json(const std::string& class_name,
         one["description"] = attribute.description;
         list.push_back(std::move(one));
     }
-    const nlohmann::ordered_json all{{"object", class_name}, {"attributes", list}};
-    // What isn't UTF-8 is replaced instead of ending the program.
-    return all.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+    const nlohmann::ordered_json listing{{"object", class_name}, {"attributes", list}};
+    // Text that is not UTF-8 is replaced; by default the library throws.
+    return listing.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
 }
 
 }  // namespace program

@@ -1,5 +1,5 @@
-// Everything a user may want to know of the attributes: what the host knows of the class, joined
-// with the descriptions of its reference page and the units of the effect's own table.
+// Lists the attributes for users: what the class registered with the host, the descriptions of its
+// reference page, and the units of the effect's attribute table.
 #pragma once
 
 #include <filesystem>

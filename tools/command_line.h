@@ -1,4 +1,4 @@
-// What the user asks for, read from the command line.
+// Reads the command line.
 #pragma once
 
 #include <string>
@@ -8,22 +8,24 @@
 
 namespace program {
 
-struct attributes_order {
+struct attributes_options {
     std::string object;  // file; "" for the one of the package
     bool json = false;
 };
 
-struct presets_order {};
+struct presets_options {};
 
-struct text_order {
-    std::string text;  // help or version, to be printed
+// Help or version.
+struct text_options {
+    std::string text;
 };
 
-using order = std::variant<render_order, attributes_order, presets_order, text_order>;
+// The options of the subcommand to run.
+using options = std::variant<render_options, attributes_options, presets_options, text_options>;
 
-// The subcommand that failed texts begin with: "render", "attributes", "presets", else "vesk".
+// What error texts begin with: "render", "attributes" or "presets", else "vesk".
 std::string subcommand_of(int count, const char* const* words);
 
-order read_command_line(int count, const char* const* words);  // throws usage_error
+options read_command_line(int count, const char* const* words);  // throws usage_error
 
 }  // namespace program

@@ -12,7 +12,7 @@ namespace program {
 
 namespace {
 
-// Whoever writes to the standard output meanwhile, by any means, writes to the error stream.
+// Redirects the standard output, of C and C++ streams and of the system, to the error stream.
 class output_to_errors {
 public:
     output_to_errors() : output_(dup(STDOUT_FILENO)) { point_to(STDERR_FILENO); }
@@ -37,11 +37,11 @@ private:
 
 const tesk::class_info& load_object(const std::filesystem::path& object) {
     try {
-        const output_to_errors meanwhile;
+        const output_to_errors redirected;
         tesk::host& host = tesk::host::the();
         return host.described(host.load(object.string()));
-    } catch (const std::runtime_error& told) {
-        throw failure(told.what());
+    } catch (const std::runtime_error& error) {
+        throw failure(error.what());
     }
 }
 
@@ -49,10 +49,10 @@ std::unique_ptr<tesk::instance> make_effect(const std::string& class_name,
                                             const std::vector<message>& settings) {
     std::unique_ptr<tesk::instance> made;
     try {
-        const output_to_errors meanwhile;
+        const output_to_errors redirected;
         made = tesk::host::the().make(box_text(class_name, settings));
-    } catch (const std::runtime_error& told) {
-        throw failure(class_name + ": could not be made: " + told.what());
+    } catch (const std::runtime_error& error) {
+        throw failure(class_name + ": could not be made: " + error.what());
     }
     if (made->inlets() != 2 || made->outlets() != 2)
         throw failure(class_name + ": " + std::to_string(made->inlets()) + " inlets and " +

@@ -1,4 +1,4 @@
-// The effect: an object file that the host has loaded, and one instance of its class.
+// Loads the effect's object file into the host and makes an instance of its class.
 #pragma once
 
 #include <filesystem>
@@ -11,15 +11,16 @@
 
 namespace program {
 
-// Loads it and answers what the host knows of its class. What the object prints meanwhile goes to
-// the error stream. Throws failure.
+// Returns the class as the host knows it. What the object prints while it loads goes to the error
+// stream. Throws failure.
 const tesk::class_info& load_object(const std::filesystem::path& object);
 
-// With two inlets and two outlets, its settings typed in the box. Throws failure.
+// The settings go into the text of its box. Throws failure, also when the instance hasn't two
+// inlets and two outlets.
 std::unique_ptr<tesk::instance> make_effect(const std::string& class_name,
                                             const std::vector<message>& settings);
 
-// What object and host have posted since the last time, as one line; "" when nothing.
+// Errors posted by object and host since the last call, in one line; "" for none.
 std::string take_posted_errors();
 
 }  // namespace program

@@ -1,21 +1,22 @@
-// What ends the program before its work is done; each text is one line without the subcommand.
+// The exceptions that end the program; each text is one line, without the subcommand.
 #pragma once
 
 #include <stdexcept>
 
 namespace program {
 
-// The command line is wrong whatever the files hold: exit 2.
+// A command line that is wrong with any files: exit 2.
 struct usage_error : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// A file, the object or the machine is not as the work needs it: exit 1.
+// A failure of a file, of the object or of the system: exit 1.
 struct failure : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// A piece of typed text can't be read. Whoever knows where it was typed makes one of the above.
+// Text from a user that can't be read. Where its option, or its file and line, are known it is
+// caught and becomes one of the above.
 struct bad_text : std::runtime_error {
     using std::runtime_error::runtime_error;
 };

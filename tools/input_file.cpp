@@ -15,16 +15,17 @@ namespace program {
 
 namespace {
 
-constexpr int lowest_rate = 8000;  // Hz
-constexpr int highest_rate = 384000;
-constexpr int most_channels = 2;
+constexpr int min_rate = 8000;    // Hz
+constexpr int max_rate = 384000;  // Hz
+constexpr int max_channels = 2;
 
-// Writers of streams don't know the length and leave one near the largest there is.
+// A program that writes to a pipe can't know the length and puts one near the maximum in the
+// header.
 constexpr std::int64_t unknown_length = 0x07FFFFF0;  // frames; 2 GiB of the widest frame
 
-// The reader shortens a length that goes past the end of the file, and says so only in its log,
-// e.g. `data : 8000 (should be 3913)`.
-bool log_tells_of_missing_data(SNDFILE* file) {
+// libsndfile shortens a length that exceeds the file, and reports it only in its log, e.g.
+// `data : 8000 (should be 3913)`.
+bool log_reports_missing_data(SNDFILE* file) {
     std::array<char, 16384> log{};
     sf_command(file, SFC_GET_LOG_INFO, log.data(), static_cast<int>(log.size() - 1));
     std::istringstream lines(log.data());
@@ -59,34 +60,34 @@ input_file::input_file(const std::string& name)
                               : "is no sound file that can be read: ") +
                       sf_strerror(nullptr));
     }
-    if (info_.channels > most_channels)
+    if (info_.channels > max_channels)
         throw failure(shown_name_ + ": " + std::to_string(info_.channels) +
                       " channels, expected 1 or 2");
-    if (info_.samplerate < lowest_rate || info_.samplerate > highest_rate)
+    if (info_.samplerate < min_rate || info_.samplerate > max_rate)
         throw failure(shown_name_ + ": " + std::to_string(info_.samplerate) +
                       " Hz, expected 8000 to 384000");
 }
 
-std::optional<std::int64_t> input_file::promised() const {
-    const std::int64_t longest = info_.seekable ? SF_COUNT_MAX : unknown_length;
-    if (info_.frames < 0 || info_.frames >= longest) return std::nullopt;
+std::optional<std::int64_t> input_file::header_frames() const {
+    const std::int64_t unknown = info_.seekable ? SF_COUNT_MAX : unknown_length;
+    if (info_.frames < 0 || info_.frames >= unknown) return std::nullopt;
     return info_.frames;
 }
 
 std::int64_t input_file::read(float* interleaved, std::int64_t frames) {
-    const std::int64_t got = sf_readf_float(file_.get(), interleaved, frames);
-    for (std::int64_t i = 0; i < got * info_.channels; ++i)
+    const std::int64_t count = sf_readf_float(file_.get(), interleaved, frames);
+    for (std::int64_t i = 0; i < count * info_.channels; ++i)
         if (!std::isfinite(interleaved[i])) {
             interleaved[i] = 0;
             ++not_finite_;
         }
-    frames_read_ += got;
-    return got;
+    frames_read_ += count;
+    return count;
 }
 
 bool input_file::cut_short() const {
-    const std::optional<std::int64_t> expected = promised();
-    return (expected && frames_read_ < *expected) || log_tells_of_missing_data(file_.get());
+    const std::optional<std::int64_t> expected = header_frames();
+    return (expected && frames_read_ < *expected) || log_reports_missing_data(file_.get());
 }
 
 }  // namespace program

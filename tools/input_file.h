@@ -19,17 +19,18 @@ class input_file {
 public:
     explicit input_file(const std::string& name);  // "-" is the standard input; throws failure
 
-    int rate() const { return info_.samplerate; }    // Hz
-    int channels() const { return info_.channels; }  // 1 or 2
-    std::optional<std::int64_t> promised() const;    // frames by the header, if it tells
+    int rate() const { return info_.samplerate; }       // Hz
+    int channels() const { return info_.channels; }     // 1 or 2
+    std::optional<std::int64_t> header_frames() const;  // its length, if the header has one
     const std::string& shown_name() const { return shown_name_; }
 
-    // Fewer frames than wanted only at the end. What is not finite becomes 0 and is counted.
+    // Returns how many frames it read, fewer than requested only at the end of the file. Samples
+    // that are not finite become 0 and are counted.
     std::int64_t read(float* interleaved, std::int64_t frames);
 
     std::int64_t frames_read() const { return frames_read_; }
     std::int64_t not_finite() const { return not_finite_; }  // samples so far
-    bool cut_short() const;  // at the end: the file holds less than its header promises
+    bool cut_short() const;  // after the last frame: the file is shorter than its header says
 
 private:
     std::string shown_name_;

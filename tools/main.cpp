@@ -1,4 +1,4 @@
-// vesk: plays sound files through the effect, as the object file of a patching host has it.
+// The program vesk: plays sound files through the effect, which it loads as an object file.
 #include <cstdio>
 #include <exception>
 #include <iostream>
@@ -15,32 +15,32 @@ namespace program {
 
 namespace {
 
-void carry_out(const render_order& order) {
-    render(order);
+void run(const render_options& options) {
+    render(options);
 }
 
-void carry_out(const attributes_order& order) {
+void run(const attributes_options& options) {
     const std::filesystem::path object =
-        order.object.empty() ? usual_object() : std::filesystem::path(order.object);
+        options.object.empty() ? default_object() : std::filesystem::path(options.object);
     const tesk::class_info& of_class = load_object(object);
     const auto attributes = list_attributes(of_class, reference_page(object, of_class.name));
-    std::cout << (order.json ? as_json(of_class.name, attributes) : as_text(attributes));
+    std::cout << (options.json ? as_json(of_class.name, attributes) : as_text(attributes));
 }
 
-void carry_out(const presets_order&) {
+void run(const presets_options&) {
     constexpr std::size_t name_width = 18;
-    for (const preset& known : list_presets()) {
-        std::string name = known.name;
+    for (const listed_preset& preset : list_presets()) {
+        std::string name = preset.name;
         name.resize(std::max(name.size(), name_width), ' ');
-        std::cout << name << ' ' << known.title << '\n';
+        std::cout << name << ' ' << preset.title.title << ": " << preset.title.description << '\n';
     }
 }
 
-void carry_out(const text_order& order) {
-    std::cout << order.text;
+void run(const text_options& options) {
+    std::cout << options.text;
 }
 
-// A full disk behind the standard output is a failure as any other.
+// So that a full disk is reported when the output goes to a file.
 void flush_output() {
     std::cout.flush();
     if (!std::cout) throw failure("standard output: can't be written");
@@ -52,19 +52,19 @@ void flush_output() {
 
 int main(int count, char** words) {
     const std::string subcommand = program::subcommand_of(count, words);
-    const auto tell = [&subcommand](const std::exception& wrong) {
+    const auto report = [&subcommand](const std::exception& wrong) {
         std::cerr << subcommand << ": " << program::one_line(wrong.what()) << std::endl;
     };
     try {
-        std::visit([](const auto& order) { program::carry_out(order); },
+        std::visit([](const auto& options) { program::run(options); },
                    program::read_command_line(count, words));
         program::flush_output();
         return 0;
     } catch (const program::usage_error& wrong) {
-        tell(wrong);
+        report(wrong);
         return 2;
     } catch (const std::exception& wrong) {
-        tell(wrong);
+        report(wrong);
         return 1;
     }
 }

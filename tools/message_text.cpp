@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <optional>
 #include <stdexcept>
 #include <utility>
 
@@ -32,45 +31,9 @@ std::vector<std::string> attribute_names(const tesk::class_info& of_class) {
     return names;
 }
 
-std::vector<std::string> separate(std::string_view text) {
-    std::vector<std::string> words;
-    for (std::size_t begin = 0;
-         (begin = text.find_first_not_of(" \t,", begin)) != std::string_view::npos;) {
-        const std::size_t end = std::min(text.find_first_of(" \t,", begin), text.size());
-        words.emplace_back(text.substr(begin, end - begin));
-        begin = end;
-    }
-    return words;
-}
-
-std::string in_quotes(std::string_view text) {
-    return "\"" + std::string(text) + "\"";
-}
-
-tesk_atom read_toggle(std::string_view text) {
-    if (text == "1" || text == "on") return tesk::atom_of(std::int64_t{1});
-    if (text == "0" || text == "off") return tesk::atom_of(std::int64_t{0});
-    throw bad_text(in_quotes(text) + " is neither on (1) nor off (0)");
-}
-
-tesk_atom read_choice(const std::vector<std::string>& names, std::string_view text) {
-    const auto place = std::find(names.begin(), names.end(), text);
-    if (place != names.end())
-        return tesk::atom_of(static_cast<std::int64_t>(place - names.begin()));
-    if (const std::optional<std::int64_t> index = read_integer(text)) return tesk::atom_of(*index);
-    throw bad_text("no value named " + in_quotes(text) + ", the nearest is " +
-                   in_quotes(nearest_name(text, names)));
-}
-
-tesk_atom read_element(const tesk::attribute_info& attribute, const std::string& word) {
-    if (attribute.type == "float64") {
-        if (const std::optional<double> number = read_number(word)) return tesk::atom_of(*number);
-        throw bad_text(in_quotes(word) + " is not a number");
-    }
-    if (attribute.type == "long") {
-        if (const std::optional<std::int64_t> n = read_integer(word)) return tesk::atom_of(*n);
-        throw bad_text(in_quotes(word) + " is not a whole number");
-    }
+tesk_atom element_of(const tesk::attribute_info& attribute, const std::string& word) {
+    if (attribute.type == "float64") return tesk::atom_of(number_of(word));
+    if (attribute.type == "long") return tesk::atom_of(whole_number_of(word));
     return tesk::atom_of(word);
 }
 
@@ -78,15 +41,12 @@ tesk::atom_list read_values(const tesk::attribute_info& attribute, std::string_v
     text = trimmed(text);
     if (text.empty()) throw bad_text("has no value");
     const std::string style = attribute.property("style");
-    if (style == "onoff") return {read_toggle(text)};
-    if (style == "enumindex") return {read_choice(attribute.value_names(), without_quotes(text))};
+    if (style == "onoff") return {tesk::atom_of(std::int64_t{toggle_of(text)})};
+    if (style == "enumindex") return {tesk::atom_of(choice_of(text, attribute.value_names()))};
+    const std::vector<std::string> words = separated(text);
+    check_value_count(words.size(), static_cast<std::size_t>(attribute.most));
     tesk::atom_list values;
-    for (const std::string& word : separate(text)) values.push_back(read_element(attribute, word));
-    const auto count = static_cast<std::int64_t>(values.size());
-    if (count == 0) throw bad_text("has no value");
-    if (count > attribute.most)
-        throw bad_text(std::to_string(count) + " values, at most " +
-                       std::to_string(attribute.most));
+    for (const std::string& word : words) values.push_back(element_of(attribute, word));
     return values;
 }
 
@@ -96,9 +56,7 @@ message read_setting(const tesk::class_info& of_class, std::string_view attribut
                      std::string_view values) {
     const std::string name(attribute);
     const tesk::attribute_info* const found = of_class.attribute(name);
-    if (found == nullptr)
-        throw bad_text("no attribute named " + in_quotes(name) + ", the nearest is " +
-                       nearest_name(name, attribute_names(of_class)));
+    if (found == nullptr) throw unknown_attribute(name, attribute_names(of_class));
     try {
         return {name, read_values(*found, values)};
     } catch (const bad_text& wrong) {

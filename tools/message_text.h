@@ -1,5 +1,5 @@
-// Reads what a patch author would type: a value for an attribute, or a message. What exists and
-// which values it takes is asked of the class that the host knows.
+// Reads what a patch author would type: the value of an attribute, or a message. Names and types
+// come from the class as the host knows it.
 #pragma once
 
 #include <string>
@@ -10,21 +10,21 @@
 
 namespace program {
 
-// Ready to be sent; the selector of an attribute sets it.
+// Ready to send. When the selector is the name of an attribute, the message sets it.
 struct message {
     std::string selector;
     tesk::atom_list values;
 };
 
-// Value names have become their indices and "on" is 1. Throws bad_text.
+// Names of choices become indices, on and off 1 and 0. Throws bad_text.
 message read_setting(const tesk::class_info& of_class, std::string_view attribute,
                      std::string_view values);
 
-// The same for `feedback 0.9` or `delay 0.25, 0.375`; other messages as the host reads them.
-// Private messages are refused. Throws bad_text.
+// Reads `feedback 0.9` or `delay 0.25, 0.375` like read_setting and other messages like the host.
+// Private messages are errors. Throws bad_text.
 message read_message(const tesk::class_info& of_class, std::string_view text);
 
-// Later settings of one attribute replace earlier ones, so that each is typed once.
+// Replaces an earlier setting of the same attribute, so that the box names each at most once.
 void add_setting(std::vector<message>& settings, message added);
 
 // `orv.device.vesk~ @feedback 0.8 @delay 0.25 0.5`

@@ -18,10 +18,10 @@ constexpr int channels = 2;
 struct suffix_format {
     const char* suffix;
     int code;
-    const char* usual_subtype;
+    const char* default_subtype;
     bool has_float;
     bool has_4_gib_limit;
-    bool holds_no_frames;
+    bool can_be_empty;
 };
 
 constexpr std::array suffix_formats{
@@ -46,7 +46,8 @@ unfinished_file& bytes_of(void* user) {
     return *static_cast<unfinished_file*>(user);
 }
 
-// Our own file below the library, since a write of its own that fails at the end stays untold.
+// The library writes through these functions: with files of its own, sf_close doesn't report that
+// the last write failed.
 SF_VIRTUAL_IO file_calls() {
     SF_VIRTUAL_IO calls{};
     calls.get_filelen = [](void* user) -> sf_count_t { return bytes_of(user).size(); };
@@ -65,31 +66,31 @@ SF_VIRTUAL_IO file_calls() {
 
 }  // namespace
 
-output_format output_format_of(const std::string& place, const std::string& subtype) {
-    std::string suffix = std::filesystem::path(place).extension().string();
+output_format output_format_of(const std::string& path, const std::string& subtype) {
+    std::string suffix = std::filesystem::path(path).extension().string();
     std::transform(suffix.begin(), suffix.end(), suffix.begin(),
                    [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
     const auto* const file =
         std::find_if(suffix_formats.begin(), suffix_formats.end(),
                      [&suffix](const suffix_format& f) { return suffix == f.suffix; });
     if (file == suffix_formats.end())
-        throw usage_error(place + ": suffix \"" + suffix + "\", expected .wav, .flac or .w64");
-    const std::string wanted = subtype.empty() ? file->usual_subtype : subtype;
+        throw usage_error(path + ": suffix \"" + suffix + "\", expected .wav, .flac or .w64");
+    const std::string chosen = subtype.empty() ? file->default_subtype : subtype;
     const auto* const samples =
         std::find_if(sample_formats.begin(), sample_formats.end(),
-                     [&wanted](const sample_format& f) { return wanted == f.name; });
+                     [&chosen](const sample_format& f) { return chosen == f.name; });
     if (samples == sample_formats.end())
         throw usage_error("--subtype " + subtype + ": expected float, 24 or 16");
     const bool is_integer = samples->code != SF_FORMAT_FLOAT;
     if (!is_integer && !file->has_float)
-        throw usage_error(place + ": FLAC has no floats, expected --subtype 24 or 16");
+        throw usage_error(path + ": FLAC has no floats, expected --subtype 24 or 16");
     return {file->code | samples->code, std::int64_t{samples->bytes} * channels, is_integer,
-            file->has_4_gib_limit, file->holds_no_frames};
+            file->has_4_gib_limit, file->can_be_empty};
 }
 
-output_file::output_file(const std::string& place, const output_format& format, int rate,
+output_file::output_file(const std::string& path, const output_format& format, int rate,
                          bool replace)
-    : place_(place), format_(format), bytes_(place, replace) {
+    : path_(path), format_(format), bytes_(path, replace) {
     SF_VIRTUAL_IO calls = file_calls();
     SF_INFO info{};
     info.samplerate = rate;
@@ -98,7 +99,7 @@ output_file::output_file(const std::string& place, const output_format& format, 
     file_ = sf_open_virtual(&calls, SFM_WRITE, &info, &bytes_);
     if (file_ == nullptr) fail();
     sf_command(file_, SFC_SET_CLIPPING, nullptr, SF_TRUE);
-    // The chunk of peaks holds the time of writing; without it equal sound is equal bytes.
+    // The PEAK chunk holds the time of writing; without it equal sound gives equal bytes.
     sf_command(file_, SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
 }
 
@@ -108,39 +109,37 @@ output_file::~output_file() {
 
 void output_file::fail() const {
     if (bytes_.error() == 0)
-        throw failure(place_ + ": refused by the sound file library: " + sf_strerror(file_));
+        throw failure(path_ + ": refused by the sound file library: " + sf_strerror(file_));
     bytes_.fail(bytes_.error());
 }
 
-void output_file::expect(std::int64_t frames) const {
-    constexpr std::int64_t most_bytes = 0xFFFFFFFF - 4096;  // the rest is for the header
-    if (format_.has_4_gib_limit && frames > most_bytes / format_.frame_bytes)
-        throw failure(place_ +
-                      ": more than the 4 GiB of a WAV file, expected suffix .w64 or .flac");
+void output_file::check_length(std::int64_t frames) const {
+    constexpr std::int64_t max_bytes = 0xFFFFFFFF - 4096;  // less room for the header
+    if (format_.has_4_gib_limit && frames > max_bytes / format_.frame_bytes)
+        throw failure(path_ + ": more than the 4 GiB of a WAV file, expected suffix .w64 or .flac");
 }
 
-void output_file::note_levels(const float* interleaved, std::int64_t samples) {
-    float highest = 0;
-    for (std::int64_t i = 0; i < samples; ++i)
-        highest = std::max(highest, std::fabs(interleaved[i]));
-    if (format_.is_integer && highest > 1) {
+void output_file::measure_levels(const float* interleaved, std::int64_t samples) {
+    float peak = 0;
+    for (std::int64_t i = 0; i < samples; ++i) peak = std::max(peak, std::fabs(interleaved[i]));
+    if (format_.is_integer && peak > 1) {
         clipped_ += std::count_if(interleaved, interleaved + samples,
                                   [](float x) { return std::fabs(x) > 1; });
-        highest = 1;
+        peak = 1;
     }
-    peak_ = std::max(peak_, double{highest});
+    peak_ = std::max(peak_, double{peak});
 }
 
 void output_file::write(const float* interleaved, std::int64_t frames) {
-    expect(frames_ + frames);
+    check_length(frames_ + frames);
     if (sf_writef_float(file_, interleaved, frames) != frames || bytes_.error() != 0) fail();
-    note_levels(interleaved, frames * channels);
+    measure_levels(interleaved, frames * channels);
     frames_ += frames;
 }
 
 void output_file::finish() {
-    if (frames_ == 0 && !format_.holds_no_frames)
-        throw failure(place_ + ": a FLAC file without a frame can't be read, expected a --tail");
+    if (frames_ == 0 && !format_.can_be_empty)
+        throw failure(path_ + ": a FLAC file without a frame can't be read, expected a --tail");
     if (sf_close(std::exchange(file_, nullptr)) != 0) fail();
     bytes_.finish();
 }

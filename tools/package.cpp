@@ -16,7 +16,7 @@ fs::path package_folder() {
                                                                                    : built;
 }
 
-fs::path usual_object() {
+fs::path default_object() {
     return package_folder() / "externals" / "orv.device.vesk~.tkx64";
 }
 

@@ -1,18 +1,18 @@
-// Where the object and what belongs to it lie, as seen from the program file.
+// The paths of the package: the object and the files that belong to it.
 #pragma once
 
 #include <filesystem>
 
 namespace program {
 
-// The package folder beside the program's, `../package` where it was built and
-// `../share/vesk/package` where it was installed; the first of them when neither is there.
+// From the folder of the program file: `../package` in a build, `../share/vesk/package` when
+// installed; the former when neither exists.
 std::filesystem::path package_folder();
 
-std::filesystem::path usual_object();    // the effect in the package
+std::filesystem::path default_object();  // the effect in the package
 std::filesystem::path presets_folder();  // in the package
 
-// The reference page that the object of this file and class wrote when it was loaded.
+// The reference page that an object of this file and class writes when it is loaded.
 std::filesystem::path reference_page(const std::filesystem::path& object,
                                      const std::string& class_name);
 

@@ -19,13 +19,13 @@ namespace {
 
 constexpr int width = 1200;       // pixels
 constexpr int height = 420;       // pixels
-constexpr double left_edge = 20;  // pixels, of the lanes
+constexpr double left_edge = 20;  // pixels, of the strips
 constexpr double right_edge = 1180;
 constexpr double top_edge = 20;
-constexpr double lane_height = 170;
-constexpr double lane_gap = 10;
-constexpr double axis_at = top_edge + 2 * lane_height + lane_gap;
-constexpr double least_scale = 1;  // full scale, of what fills a lane
+constexpr double strip_height = 170;
+constexpr double strip_gap = 10;
+constexpr double axis_y = top_edge + 2 * strip_height + strip_gap;
+constexpr double min_level = 1;  // linear, at the edge of a strip; a higher peak raises it
 
 struct colour {
     double red, green, blue, opacity;
@@ -48,11 +48,11 @@ void use(cairo_t* draw, const colour& c) {
 }
 
 cairo_status_t write_bytes(void* file, const unsigned char* bytes, unsigned int count) {
-    const bool whole = static_cast<unfinished_file*>(file)->write(bytes, count) == count;
-    return whole ? CAIRO_STATUS_SUCCESS : CAIRO_STATUS_WRITE_ERROR;
+    const bool complete = static_cast<unfinished_file*>(file)->write(bytes, count) == count;
+    return complete ? CAIRO_STATUS_SUCCESS : CAIRO_STATUS_WRITE_ERROR;
 }
 
-// 1, 2 or 5 times a power of ten, about ten of them in all.
+// 1, 2 or 5 times a power of ten, for about ten ticks.
 double tick_step(double seconds) {
     const double power = std::pow(10, std::floor(std::log10(seconds / 10)));
     for (const double step : {1.0, 2.0, 5.0})
@@ -60,34 +60,34 @@ double tick_step(double seconds) {
     return 10 * power;
 }
 
-// Time and level in pixels.
+// Maps time and level to pixels.
 struct scale {
     double seconds;  // at the right edge
-    double level;    // at the edge of a lane
+    double level;    // at the edge of a strip
 
     double x(double at) const {
         return left_edge + (right_edge - left_edge) * std::min(1.0, at / seconds);
     }
-    double y(std::size_t lane, double sample) const {
+    double y(std::size_t channel, double sample) const {
         const double middle =
-            top_edge + static_cast<double>(lane) * (lane_height + lane_gap) + lane_height / 2;
-        return middle - lane_height / 2 * std::clamp(sample / level, -1.0, 1.0);
+            top_edge + static_cast<double>(channel) * (strip_height + strip_gap) + strip_height / 2;
+        return middle - strip_height / 2 * std::clamp(sample / level, -1.0, 1.0);
     }
 };
 
-// An outline along the highest samples and back along the lowest ones.
+// A closed outline along the maxima and back along the minima.
 void draw_columns(cairo_t* draw, const scale& to, const peak_columns& columns, double rate) {
     const double step = static_cast<double>(columns.column_frames()) / rate;
     cairo_set_line_width(draw, 0.5);  // silence is a line
-    for (std::size_t lane = 0; lane < 2; ++lane) {
-        const std::vector<peak_columns::column>& of_lane = columns.lane(lane);
-        for (std::size_t i = 0; i < of_lane.size(); ++i)
+    for (std::size_t channel = 0; channel < 2; ++channel) {
+        const std::vector<peak_columns::column>& column = columns.channel(channel);
+        for (std::size_t i = 0; i < column.size(); ++i)
             cairo_line_to(draw, to.x((static_cast<double>(i) + 0.5) * step),
-                          to.y(lane, double{of_lane[i].high}));
-        for (std::size_t i = of_lane.size(); i-- > 0;)
+                          to.y(channel, double{column[i].max}));
+        for (std::size_t i = column.size(); i-- > 0;)
             cairo_line_to(draw, to.x((static_cast<double>(i) + 0.5) * step),
-                          to.y(lane, double{of_lane[i].low}));
-        if (of_lane.empty()) continue;
+                          to.y(channel, double{column[i].min}));
+        if (column.empty()) continue;
         cairo_close_path(draw);
         cairo_fill_preserve(draw);
         cairo_stroke(draw);
@@ -103,14 +103,14 @@ void draw_axis(cairo_t* draw, const scale& to) {
     const int decimals = std::max(0, static_cast<int>(std::ceil(-std::log10(step) - 1e-9)));
     for (int i = 0; i * step <= to.seconds; ++i) {
         const double x = to.x(i * step);
-        cairo_move_to(draw, x, axis_at);
-        cairo_line_to(draw, x, axis_at + 6);
+        cairo_move_to(draw, x, axis_y);
+        cairo_line_to(draw, x, axis_y + 6);
         cairo_stroke(draw);
-        cairo_move_to(draw, x + 3, axis_at + 18);
+        cairo_move_to(draw, x + 3, axis_y + 18);
         cairo_show_text(draw, (fixed_text(i * step, decimals) + " s").c_str());
     }
-    cairo_move_to(draw, left_edge, axis_at);
-    cairo_line_to(draw, right_edge, axis_at);
+    cairo_move_to(draw, left_edge, axis_y);
+    cairo_line_to(draw, right_edge, axis_y);
     cairo_stroke(draw);
 }
 
@@ -119,8 +119,8 @@ void draw_events(cairo_t* draw, const scale& to, const std::vector<event>& event
     double last = -1;
     for (const event& e : events) {
         const double x = std::floor(to.x(e.seconds));
-        if (e.seconds > to.seconds || x == last) continue;  // marks that would hide each other
-        cairo_rectangle(draw, x, top_edge, 1, axis_at - top_edge);
+        if (e.seconds > to.seconds || x == last) continue;  // one mark a pixel
+        cairo_rectangle(draw, x, top_edge, 1, axis_y - top_edge);
         last = x;
     }
     cairo_fill(draw);
@@ -128,36 +128,37 @@ void draw_events(cairo_t* draw, const scale& to, const std::vector<event>& event
 
 }  // namespace
 
-void peak_columns::join_pairs() {
-    for (std::vector<column>& lane : lanes_) {
-        for (std::size_t i = 0; i < lane.size() / 2; ++i)
-            lane[i] = {std::min(lane[2 * i].low, lane[2 * i + 1].low),
-                       std::max(lane[2 * i].high, lane[2 * i + 1].high)};
-        lane.resize(lane.size() / 2);
+void peak_columns::merge_neighbours() {
+    for (std::vector<column>& columns : channels_) {
+        for (std::size_t i = 0; i < columns.size() / 2; ++i)
+            columns[i] = {std::min(columns[2 * i].min, columns[2 * i + 1].min),
+                          std::max(columns[2 * i].max, columns[2 * i + 1].max)};
+        columns.resize(columns.size() / 2);
     }
     column_frames_ *= 2;
-    in_last_ = column_frames_;
+    last_frames_ = column_frames_;
 }
 
 void peak_columns::add(const float* interleaved, std::int64_t frames, std::size_t stride) {
     for (std::int64_t i = 0; i < frames; ++i, interleaved += stride) {
-        if (in_last_ == column_frames_ && lanes_[0].size() == most) join_pairs();
-        const bool opens = lanes_[0].empty() || in_last_ == column_frames_;
-        in_last_ = opens ? 1 : in_last_ + 1;
-        for (std::size_t channel = 0; channel < lanes_.size(); ++channel) {
+        if (last_frames_ == column_frames_ && channels_[0].size() == max_columns)
+            merge_neighbours();
+        const bool begins = channels_[0].empty() || last_frames_ == column_frames_;
+        last_frames_ = begins ? 1 : last_frames_ + 1;
+        for (std::size_t channel = 0; channel < channels_.size(); ++channel) {
             const float x = interleaved[std::min(channel, stride - 1)];
-            if (opens) lanes_[channel].push_back({x, x});
-            column& last = lanes_[channel].back();
-            last = {std::min(last.low, x), std::max(last.high, x)};
+            if (begins) channels_[channel].push_back({x, x});
+            column& last = channels_[channel].back();
+            last = {std::min(last.min, x), std::max(last.max, x)};
         }
     }
 }
 
 float peak_columns::peak() const {
-    float highest = 0;
-    for (const std::vector<column>& lane : lanes_)
-        for (const column& c : lane) highest = std::max({highest, c.high, -c.low});
-    return highest;
+    float peak = 0;
+    for (const std::vector<column>& columns : channels_)
+        for (const column& c : columns) peak = std::max({peak, c.max, -c.min});
+    return peak;
 }
 
 picture::picture(std::string file) : file_(std::move(file)) {
@@ -182,7 +183,7 @@ void picture::write(int rate, std::int64_t frames, const score& events) const {
         const std::unique_ptr<cairo_t, context_closer> context(cairo_create(surface.get()));
         cairo_t* const draw = context.get();
         const scale to{std::max(1e-3, static_cast<double>(frames) / rate),
-                       std::max({least_scale, double{input_.peak()}, double{output_.peak()}})};
+                       std::max({min_level, double{input_.peak()}, double{output_.peak()}})};
         use(draw, paper);
         cairo_paint(draw);
         cairo_set_antialias(draw, CAIRO_ANTIALIAS_GRAY);

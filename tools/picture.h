@@ -1,5 +1,5 @@
-// A picture of a rendering: the input in grey behind the output in colour, a lane for each channel,
-// the time below and a mark for every event. Memory stays the same however long the file is.
+// A picture of a rendering: the input in grey behind the output in colour, a strip for each
+// channel, the time below and a mark for every event. Memory use does not grow with the file.
 #pragma once
 
 #include <cstddef>
@@ -11,29 +11,30 @@
 
 namespace program {
 
-// The lowest and highest sample of each stretch of time. When the stretches run out, two become
-// one, so that between half of them and all are in use.
+// Minimum and maximum of the samples in each column of frames. When all columns are used,
+// neighbours are merged and a column spans twice as many frames, so at least half of them stay in
+// use.
 class peak_columns {
 public:
     struct column {
-        float low = 0;
-        float high = 0;
+        float min = 0;
+        float max = 0;
     };
-    static constexpr std::size_t most = 2400;  // stretches; even
+    static constexpr std::size_t max_columns = 2400;  // even
 
-    explicit peak_columns(std::size_t channels) : lanes_(channels) {}
+    explicit peak_columns(std::size_t channels) : channels_(channels) {}
 
     void add(const float* interleaved, std::int64_t frames, std::size_t stride);
 
-    const std::vector<column>& lane(std::size_t channel) const { return lanes_[channel]; }
+    const std::vector<column>& channel(std::size_t index) const { return channels_[index]; }
     std::int64_t column_frames() const { return column_frames_; }  // a power of two
     float peak() const;
 
 private:
-    void join_pairs();
-    std::vector<std::vector<column>> lanes_;
+    void merge_neighbours();
+    std::vector<std::vector<column>> channels_;
     std::int64_t column_frames_ = 1;
-    std::int64_t in_last_ = 0;  // frames in the last stretch
+    std::int64_t last_frames_ = 0;  // frames in the last column
 };
 
 class picture {

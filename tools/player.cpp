@@ -26,8 +26,8 @@ void player::play(const float* in, int channels, float* out) {
         left_[i] = double{in[i * stride]};
         right_[i] = double{in[i * stride + stride - 1]};
     }
-    const std::array<double*, 2> lanes{left_.data(), right_.data()};
-    effect_.run(lanes.data(), lanes.data(), static_cast<int>(vector_size_));
+    const std::array<double*, 2> signals{left_.data(), right_.data()};
+    effect_.run(signals.data(), signals.data(), static_cast<int>(vector_size_));
     for (std::size_t i = 0; i < vector_size_; ++i) {
         out[2 * i] = static_cast<float>(left_[i]);
         out[2 * i + 1] = static_cast<float>(right_[i]);

@@ -1,4 +1,4 @@
-// Runs the effect vector by vector, as a host that plays a score would.
+// Runs the effect vector by vector and sends the messages of a score between vectors.
 #pragma once
 
 #include <cstddef>
@@ -10,14 +10,14 @@
 
 namespace program {
 
-// Everything happens on the calling thread, which is the host's main thread too: what waits for
-// that one and the events that are due are served before each vector.
+// The calling thread is also the host's main thread: before each vector deferred calls run and due
+// events are sent.
 class player {
 public:
     player(tesk::instance& effect, score& events, int vector_size);
 
-    // In and out hold one vector of interleaved frames, out always two channels; one channel in
-    // feeds both inlets. Throws failure when a message is refused.
+    // Plays one vector of interleaved frames. out has two channels; a single input channel goes to
+    // both inlets. Throws failure when the object refuses a message.
     void play(const float* in, int channels, float* out);
 
     std::int64_t position() const { return position_; }  // frames played

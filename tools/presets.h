@@ -1,6 +1,4 @@
-// Named settings: text files with a title in their first line and one setting a line.
-//   # Title: what it is
-//   delay 0.25 0.5
+// The presets of the package, and a preset as settings that can be sent to an instance.
 #pragma once
 
 #include <string>
@@ -8,18 +6,20 @@
 
 #include "host/host.h"
 #include "tools/message_text.h"
+#include "tools/preset_text.h"
 
 namespace program {
 
-struct preset {
-    std::string name;   // of the file, without folder and suffix
-    std::string title;  // the first line's comment
+struct listed_preset {
+    std::string name;  // of the file, without folder and suffix
+    preset_title title;
 };
 
-std::vector<preset> list_presets();  // those of the package, by name; throws failure
+std::vector<listed_preset> list_presets();  // those of the package, by name; throws failure
 
-// By name, or a file when it has a slash or ends in .txt. Throws usage_error for a name that isn't
-// there, failure for a file that can't be read.
+// By name, or a file when it has a slash or ends in .txt. Lists come first, as in the plugin: with
+// repitch on, the tape head then starts on the delay time and doesn't glide to it.
+// Throws usage_error for an unknown name, failure for a file that can't be read or is malformed.
 std::vector<message> read_preset(const tesk::class_info& of_class, const std::string& name_or_file);
 
 }  // namespace program

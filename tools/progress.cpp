@@ -14,20 +14,20 @@ namespace program {
 namespace {
 
 constexpr std::size_t bar_width = 40;  // characters
-constexpr auto pause = std::chrono::milliseconds(100);
-constexpr const char* to_empty_line = "\r\033[K";
+constexpr auto interval = std::chrono::milliseconds(100);
+constexpr const char* clear_line = "\r\033[K";
 
 }  // namespace
 
 progress::progress(std::optional<std::int64_t> expected, int rate, bool quiet)
-    : expected_(expected), rate_(rate), shows_(!quiet && isatty(STDERR_FILENO) == 1) {}
+    : expected_(expected), rate_(rate), enabled_(!quiet && isatty(STDERR_FILENO) == 1) {}
 
 void progress::show(std::int64_t frames) {
-    if (!shows_ || clock::now() < next_) return;
-    next_ = clock::now() + pause;
+    if (!enabled_ || clock::now() < next_) return;
+    next_ = clock::now() + interval;
     const double passed = std::chrono::duration<double>(clock::now() - began_).count();
     const double played = static_cast<double>(frames) / rate_;
-    std::string line = to_empty_line;
+    std::string line = clear_line;
     if (expected_ && *expected_ > 0) {
         const double share =
             std::min(1.0, static_cast<double>(frames) / static_cast<double>(*expected_));
@@ -37,12 +37,12 @@ void progress::show(std::int64_t frames) {
     line += fixed_text(played, 1) + " s";
     if (passed > 0) line += ", " + fixed_text(played / passed, 0) + " times real time";
     std::cerr << line << std::flush;
-    dirty_ = true;
+    shown_ = true;
 }
 
 void progress::clear() {
-    if (dirty_) std::cerr << to_empty_line << std::flush;
-    dirty_ = false;
+    if (shown_) std::cerr << clear_line << std::flush;
+    shown_ = false;
 }
 
 }  // namespace program

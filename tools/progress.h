@@ -1,4 +1,4 @@
-// A bar on the error stream while a file plays; nothing where that is no terminal.
+// Shows a bar on the error stream while a file plays, when that is a terminal.
 #pragma once
 
 #include <chrono>
@@ -9,21 +9,21 @@ namespace program {
 
 class progress {
 public:
-    // expected: frames in all, if known. Quiet ones never show.
+    // expected: total frames, if known. quiet: nothing is shown.
     progress(std::optional<std::int64_t> expected, int rate, bool quiet);
     ~progress() { clear(); }
     progress(const progress&) = delete;
     progress& operator=(const progress&) = delete;
 
     void show(std::int64_t frames);  // ten times a second at most
-    void clear();                    // leaves an empty line for other texts
+    void clear();                    // empties the line, for other texts
 
 private:
     using clock = std::chrono::steady_clock;
     std::optional<std::int64_t> expected_;
     int rate_;
-    bool shows_;
-    bool dirty_ = false;
+    bool enabled_;
+    bool shown_ = false;
     clock::time_point began_ = clock::now();
     clock::time_point next_ = began_;
 };

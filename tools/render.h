@@ -9,7 +9,7 @@
 
 namespace program {
 
-struct render_order {
+struct render_options {
     std::string input;  // "-" is the standard input
     std::string output;
     std::string object;                 // file; "" for the one of the package
@@ -19,13 +19,13 @@ struct render_order {
     std::vector<std::string> events;    // SECONDS MESSAGE
     std::string picture;                // .png or .svg; "" for none
     int vector_size = 64;               // frames
-    std::optional<double> tail;         // s; unset until it is quiet
-    std::string subtype;                // "" for the usual one of the format
+    std::optional<double> tail;         // s; unset: until the output is silent
+    std::string subtype;                // "" for the format's default
     std::optional<std::uint64_t> seed;
-    bool force = false;  // what is written may be there already
+    bool force = false;  // replace existing files
     bool quiet = false;
 };
 
-void render(const render_order& order);  // throws usage_error and failure
+void render(const render_options& options);  // throws usage_error and failure
 
 }  // namespace program

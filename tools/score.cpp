@@ -28,8 +28,8 @@ void score::add_file(const std::string& file) {
 }
 
 void score::schedule(double rate) {
-    constexpr double never = 9e18;  // near the largest frame; llround has no answer above it
-    for (event& e : events_) e.frame = std::llround(std::min(e.seconds * rate, never));
+    constexpr double max_frame = 9e18;  // llround is undefined above the range of 64 bits
+    for (event& e : events_) e.frame = std::llround(std::min(e.seconds * rate, max_frame));
     std::stable_sort(events_.begin(), events_.end(),
                      [](const event& a, const event& b) { return a.frame < b.frame; });
     next_ = 0;

@@ -1,4 +1,4 @@
-// What happens while a file plays: messages in the order of the frames they belong to.
+// The messages to send while a file plays, in order of time.
 #pragma once
 
 #include <cstddef>
@@ -15,28 +15,29 @@ namespace program {
 struct event {
     double seconds = 0;
     message what;
-    std::int64_t frame = 0;  // round(seconds * rate), from schedule on
+    std::int64_t frame = 0;  // round(seconds * rate), set by schedule
 };
 
 class score {
 public:
     explicit score(const tesk::class_info& of_class) : of_class_(of_class) {}
 
-    // `SECONDS MESSAGE`. Throws bad_text.
+    // Adds `SECONDS MESSAGE`. Throws bad_text.
     void add(std::string_view line);
 
-    // One a line; `#` starts a comment. Throws failure with file and line.
+    // Adds one event per line; `#` starts a comment. Throws failure with file and line.
     void add_file(const std::string& file);
 
-    // Frames at this rate, in order; events of one frame keep the order in which they were added.
+    // Sets the frames for this rate and sorts; events of equal frames keep the order in which they
+    // were added.
     void schedule(double rate);
 
-    // The next message that acts at the vector boundary at this frame, which is then done; null
-    // when there is none. Boundaries only grow.
+    // Takes the next message whose frame is at or before this vector boundary; null when there is
+    // none. Boundaries must not decrease.
     const message* due(std::int64_t boundary);
 
     const std::vector<event>& events() const { return events_; }
-    std::size_t done() const { return next_; }
+    std::size_t done() const { return next_; }  // events taken
 
 private:
     const tesk::class_info& of_class_;

@@ -37,8 +37,9 @@ std::int64_t seeded_draws() {
 
 }  // namespace program
 
-// The draw behind std::random_device::operator(), which the standard library keeps out of line.
-// The program exports this one, and an object that is linked to the library dynamically calls it.
+// std::random_device::operator() calls this function, which the standard library does not inline.
+// An object that is linked to the library dynamically calls this definition, since the program
+// exports it.
 __attribute__((visibility("default"))) std::random_device::result_type
 std::random_device::_M_getval() {
     return program::next_word();

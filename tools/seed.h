@@ -1,14 +1,14 @@
-// Makes the random start of the object repeatable: the program stands in for the system's random
-// source, which the loader then finds here first.
+// Makes what the object draws at random repeatable: the program defines std::random_device's draw,
+// and the dynamic linker finds it before the standard library's.
 #pragma once
 
 #include <cstdint>
 
 namespace program {
 
-// From here on every std::random_device draws from a generator with this seed.
+// After this call every std::random_device draws from one generator with this seed.
 void seed_random_device(std::uint64_t seed);
 
-std::int64_t seeded_draws();  // since then
+std::int64_t seeded_draws();  // draws since then
 
 }  // namespace program

@@ -1,4 +1,4 @@
-// How long the effect rings on behind the end of its input.
+// Decides how long to render after the end of the input.
 #pragma once
 
 #include <cstdint>
@@ -9,22 +9,22 @@ namespace program {
 
 class tail {
 public:
-    // seconds unset: until a full second stays quiet, a minute at most.
+    // seconds unset: until the output is silent for a full second, at most a minute.
     tail(std::optional<double> seconds, int rate);
 
-    void input_ends(std::int64_t frame);                       // from here on it is the tail
-    void hear(const float* interleaved, std::int64_t frames);  // what follows what was heard
+    void input_ends(std::int64_t frame);                          // the tail begins at this frame
+    void measure(const float* interleaved, std::int64_t frames);  // the next frames of output
 
-    // The first frame that is not written any more; far away as long as it isn't known.
+    // The first frame that is not written; the maximum of its type while unknown.
     std::int64_t end() const { return end_; }
 
 private:
-    static constexpr float quiet = 1e-4f;  // -80 dBFS
+    static constexpr float silence = 1e-4f;  // -80 dBFS
     bool automatic_;
-    std::int64_t length_;  // frames; the longest for automatic ones
-    std::int64_t silence_needed_;
-    std::int64_t silence_ = 0;
-    std::int64_t heard_ = 0;
+    std::int64_t length_;        // frames; of an automatic tail the maximum
+    std::int64_t silent_end_;    // frames of silence that end an automatic tail
+    std::int64_t silent_ = 0;    // frames of silence so far
+    std::int64_t measured_ = 0;  // frames
     std::int64_t begin_ = std::numeric_limits<std::int64_t>::max();
     std::int64_t end_ = std::numeric_limits<std::int64_t>::max();
 };

@@ -22,8 +22,8 @@ std::optional<Number> read_all(std::string_view text) {
     return value;
 }
 
-// Levenshtein's distance, one row at a time.
-std::size_t letters_apart(std::string_view a, std::string_view b) {
+// Levenshtein distance, computed row by row.
+std::size_t edit_distance(std::string_view a, std::string_view b) {
     std::vector<std::size_t> row(b.size() + 1);
     for (std::size_t j = 0; j <= b.size(); ++j) row[j] = j;
     for (std::size_t i = 1; i <= a.size(); ++i) {
@@ -47,6 +47,10 @@ std::string_view trimmed(std::string_view text) {
     return text.substr(begin, text.find_last_not_of(blanks) - begin + 1);
 }
 
+std::string in_quotes(std::string_view text) {
+    return "\"" + std::string(text) + "\"";
+}
+
 std::string_view without_quotes(std::string_view text) {
     if (text.size() >= 2 && text.front() == '"' && text.back() == '"')
         return text.substr(1, text.size() - 2);
@@ -60,6 +64,78 @@ std::optional<double> read_number(std::string_view text) {
 
 std::optional<std::int64_t> read_integer(std::string_view text) {
     return read_all<std::int64_t>(text);
+}
+
+bool is_utf8(std::string_view text) {
+    constexpr std::array<char32_t, 4> lowest{0, 0x80, 0x800, 0x10000};  // by continuation bytes
+    while (!text.empty()) {
+        const auto lead = static_cast<unsigned char>(text[0]);
+        const std::size_t more = lead < 0x80   ? 0
+                                 : lead < 0xC0 ? 4
+                                 : lead < 0xE0 ? 1
+                                 : lead < 0xF0 ? 2
+                                 : lead < 0xF8 ? 3
+                                               : 4;
+        if (more == 4 || text.size() <= more) return false;
+        char32_t code = more == 0 ? lead : lead & (0x3F >> more);
+        for (const char c : text.substr(1, more)) {
+            const auto byte = static_cast<unsigned char>(c);
+            if (byte >> 6 != 2) return false;
+            code = code << 6 | (byte & 0x3F);
+        }
+        const bool surrogate = code >= 0xD800 && code < 0xE000;
+        if (code < lowest[more] || code > 0x10FFFF || surrogate) return false;
+        text.remove_prefix(more + 1);
+    }
+    return true;
+}
+
+std::vector<std::string> separated(std::string_view text) {
+    constexpr std::string_view separators = " \t,";
+    std::vector<std::string> words;
+    for (std::size_t begin = 0;
+         (begin = text.find_first_not_of(separators, begin)) != std::string_view::npos;) {
+        const std::size_t end = std::min(text.find_first_of(separators, begin), text.size());
+        words.emplace_back(text.substr(begin, end - begin));
+        begin = end;
+    }
+    return words;
+}
+
+double number_of(std::string_view text) {
+    if (const std::optional<double> number = read_number(text)) return *number;
+    throw bad_text(in_quotes(text) + " is not a number");
+}
+
+std::int64_t whole_number_of(std::string_view text) {
+    if (const std::optional<std::int64_t> number = read_integer(text)) return *number;
+    throw bad_text(in_quotes(text) + " is not a whole number");
+}
+
+bool toggle_of(std::string_view text) {
+    if (text == "1" || text == "on") return true;
+    if (text == "0" || text == "off") return false;
+    throw bad_text(in_quotes(text) + " is neither on (1) nor off (0)");
+}
+
+std::int64_t choice_of(std::string_view text, const std::vector<std::string>& names) {
+    text = without_quotes(text);
+    const auto found = std::find(names.begin(), names.end(), text);
+    if (found != names.end()) return found - names.begin();
+    if (const std::optional<std::int64_t> index = read_integer(text)) return *index;
+    throw bad_text("no value named " + in_quotes(text) + ", the nearest is " +
+                   in_quotes(nearest_name(text, names)));
+}
+
+void check_value_count(std::size_t count, std::size_t max) {
+    if (count == 0) throw bad_text("has no value");
+    if (count > max)
+        throw bad_text(std::to_string(count) + " values, at most " + std::to_string(max));
+}
+
+bad_text unknown_attribute(std::string_view name, const std::vector<std::string>& names) {
+    return bad_text("no attribute named " + in_quotes(name) + ", the nearest is " +
+                    nearest_name(name, names));
 }
 
 std::string one_line(std::string text) {
@@ -90,10 +166,10 @@ std::string counted(std::int64_t n, const char* one, const char* several) {
 
 std::string nearest_name(std::string_view wanted, const std::vector<std::string>& names) {
     std::string nearest;
-    std::size_t fewest = std::numeric_limits<std::size_t>::max();
+    std::size_t min_distance = std::numeric_limits<std::size_t>::max();
     for (const std::string& name : names)
-        if (const std::size_t apart = letters_apart(wanted, name); apart < fewest) {
-            fewest = apart;
+        if (const std::size_t distance = edit_distance(wanted, name); distance < min_distance) {
+            min_distance = distance;
             nearest = name;
         }
     return nearest;

@@ -1,29 +1,46 @@
-// Small readings and writings of text that hold in every locale.
+// Reads and writes short texts, the same in every locale.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "tools/failure.h"
+
 namespace program {
 
-std::string_view trimmed(std::string_view text);  // of blanks, tabs and line ends
+std::string_view trimmed(std::string_view text);  // without blanks and line ends around it
 
-std::string_view without_quotes(std::string_view text);  // if it has them on both ends
+std::string in_quotes(std::string_view text);
+std::string_view without_quotes(std::string_view text);  // when it has them at both ends
 
-// All of the text, or nothing. A number is finite: "inf" and "nan" are none.
+bool is_utf8(std::string_view text);
+
+std::vector<std::string> separated(std::string_view text);  // words between blanks and commas
+
+// The number that the whole text is, if it is one. "inf" and "nan" are none.
 std::optional<double> read_number(std::string_view text);
 std::optional<std::int64_t> read_integer(std::string_view text);
 
+// A value as a user writes it; each throws bad_text. A choice is a name or an index of any size.
+double number_of(std::string_view text);
+std::int64_t whole_number_of(std::string_view text);
+bool toggle_of(std::string_view text);
+std::int64_t choice_of(std::string_view text, const std::vector<std::string>& names);
+void check_value_count(std::size_t count, std::size_t max);  // at least one; throws bad_text
+
+bad_text unknown_attribute(std::string_view name, const std::vector<std::string>& names);
+
 std::string one_line(std::string text);              // control characters become ?
-std::string number_text(double value);               // shortest that reads the same
+std::string number_text(double value);               // shortest that reads as the same value
 std::string fixed_text(double value, int decimals);  // 12.500
 std::string dbfs_text(double peak);                  // of a linear peak: -3.2, -inf
 std::string counted(std::int64_t n, const char* one, const char* several);  // 1 event, 2 events
 
-// The name with the fewest letters to change, add or drop; the first of several; "" of none.
+// The name with the least edit distance, the first of several; "" when there are no names.
 std::string nearest_name(std::string_view wanted, const std::vector<std::string>& names);
 
 }  // namespace program

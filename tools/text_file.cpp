@@ -25,8 +25,7 @@ void for_each_line(const std::string& file, const std::function<void(std::string
             throw failure(file + ":" + std::to_string(number) + ": " + wrong.what());
         }
     }
-    if (lines.bad())
-        throw failure(file + ": reading stopped behind line " + std::to_string(number));
+    if (lines.bad()) throw failure(file + ": reading stopped after line " + std::to_string(number));
 }
 
 }  // namespace program

@@ -1,4 +1,4 @@
-// Reads small text files of ours line by line, and names the line that is wrong.
+// Reads a text file line by line; errors name file and line.
 #pragma once
 
 #include <functional>
@@ -7,7 +7,7 @@
 
 namespace program {
 
-// Calls take with every line, without its end; a bad_text thrown there becomes a failure that
+// Calls take with every line, without its newline; a bad_text thrown there becomes a failure that
 // begins with file and line number. Throws failure when the file can't be read.
 void for_each_line(const std::string& file, const std::function<void(std::string_view)>& take);
 

@@ -18,43 +18,43 @@ namespace program {
 
 namespace {
 
-constexpr std::size_t longest_path = 4096;
+constexpr std::size_t max_path = 4096;  // characters
 constexpr std::array ending_signals{SIGINT, SIGTERM, SIGHUP};
 
 // The path of the one unfinished file, or empty. The signal handler reads it, so it changes only
-// while the signals are held.
-std::array<char, longest_path> unfinished_path{};
+// while the signals are blocked.
+std::array<char, max_path> unfinished_path{};
 
-struct held_signals {
-    held_signals() {
-        sigset_t held;
-        sigemptyset(&held);
-        for (const int signal : ending_signals) sigaddset(&held, signal);
-        sigprocmask(SIG_BLOCK, &held, &before);
+struct blocked_signals {
+    blocked_signals() {
+        sigset_t blocked;
+        sigemptyset(&blocked);
+        for (const int signal : ending_signals) sigaddset(&blocked, signal);
+        sigprocmask(SIG_BLOCK, &blocked, &before);
     }
-    ~held_signals() { sigprocmask(SIG_SETMASK, &before, nullptr); }
-    held_signals(const held_signals&) = delete;
-    held_signals& operator=(const held_signals&) = delete;
+    ~blocked_signals() { sigprocmask(SIG_SETMASK, &before, nullptr); }
+    blocked_signals(const blocked_signals&) = delete;
+    blocked_signals& operator=(const blocked_signals&) = delete;
     sigset_t before{};
 };
 
-// Ends at once instead of raising a flag: the program may wait for a pipe that never says more.
+// Ends at once instead of setting a flag: the program may be blocked reading a pipe.
 void end_program(int signal) {
     if (unfinished_path[0] != '\0') unlink(unfinished_path.data());
     _exit(128 + signal);
 }
 
-std::string path_beside(const std::string& place) {
-    const std::filesystem::path path(place);
+std::string temporary_path(const std::string& final_path) {
+    const std::filesystem::path path(final_path);
     const std::string name = "." + path.filename().string() + ".part-" + std::to_string(getpid());
     return (path.parent_path() / name).string();
 }
 
-// Without replacing what may have come there since the check.
-int put_at_free_place(const char* from, const char* to) {
+// Without replacing a file made there after the check of the command line. Returns an errno or 0.
+int rename_without_replacing(const char* from, const char* to) {
     if (renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE) == 0) return 0;
     if (errno != EINVAL && errno != ENOSYS) return errno;
-    // A file system that knows no such renaming knows links, which don't replace either.
+    // Where the file system has no such rename: a link doesn't replace a file either.
     if (link(from, to) != 0) return errno;
     unlink(from);
     return 0;
@@ -62,26 +62,26 @@ int put_at_free_place(const char* from, const char* to) {
 
 }  // namespace
 
-unfinished_file::unfinished_file(std::string place, bool replace)
-    : place_(std::move(place)), replace_(replace) {
-    const std::string path = path_beside(place_);
-    if (path.size() >= longest_path) fail(ENAMETOOLONG);
-    const held_signals hold;
-    file_ = open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+unfinished_file::unfinished_file(std::string path, bool replace)
+    : path_(std::move(path)), replace_(replace) {
+    const std::string temporary = temporary_path(path_);
+    if (temporary.size() >= max_path) fail(ENAMETOOLONG);
+    const blocked_signals guard;
+    file_ = open(temporary.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (file_ < 0) fail(errno);
-    path.copy(unfinished_path.data(), path.size());
-    unfinished_path[path.size()] = '\0';
+    temporary.copy(unfinished_path.data(), temporary.size());
+    unfinished_path[temporary.size()] = '\0';
 }
 
 unfinished_file::~unfinished_file() {
     if (file_ >= 0) close(file_);
-    const held_signals hold;
+    const blocked_signals guard;
     if (unfinished_path[0] != '\0') unlink(unfinished_path.data());
     unfinished_path[0] = '\0';
 }
 
 void unfinished_file::fail(int error) const {
-    throw failure(place_ + ": can't be written: " + std::strerror(error));
+    throw failure(path_ + ": can't be written: " + std::strerror(error));
 }
 
 std::int64_t unfinished_file::write(const void* bytes, std::int64_t count) noexcept {
@@ -112,12 +112,13 @@ std::int64_t unfinished_file::size() noexcept {
 
 void unfinished_file::finish() {
     if (error_ != 0) fail(error_);
-    if (close(std::exchange(file_, -1)) != 0) fail(errno);  // where a network tells of a full disk
-    const held_signals hold;
+    if (close(std::exchange(file_, -1)) != 0)
+        fail(errno);  // where network file systems report a full disk
+    const blocked_signals guard;
     int error = 0;
     if (!replace_)
-        error = put_at_free_place(unfinished_path.data(), place_.c_str());
-    else if (std::rename(unfinished_path.data(), place_.c_str()) != 0)
+        error = rename_without_replacing(unfinished_path.data(), path_.c_str());
+    else if (std::rename(unfinished_path.data(), path_.c_str()) != 0)
         error = errno;
     if (error != 0) fail(error);
     unfinished_path[0] = '\0';
@@ -130,7 +131,7 @@ void remove_unfinished_on_signals() {
     for (const int signal : ending_signals) {
         struct sigaction before {};
         sigaction(signal, nullptr, &before);
-        // Ignored from the start, as by nohup, stays ignored.
+        // A signal that was ignored at the start, as by nohup, stays ignored.
         if (before.sa_handler != SIG_IGN) sigaction(signal, &action, nullptr);
     }
     signal(SIGXFSZ, SIG_IGN);

@@ -1,5 +1,5 @@
-// A file that is written beside its place and put there when it is whole. Until then it is removed
-// by the destructor and by the signals that end the program.
+// Writes a file under a temporary name in the same folder and renames it when complete. Until then
+// the destructor and the signals that end the program remove it.
 #pragma once
 
 #include <cstdint>
@@ -9,13 +9,14 @@ namespace program {
 
 class unfinished_file {
 public:
-    // Makes `.NAME.part-PID` in the folder of place; throws failure. replace: a file at place goes.
-    unfinished_file(std::string place, bool replace);
+    // Makes `.NAME.part-PID` in the folder of path; throws failure. replace: finish replaces a file
+    // of this path.
+    unfinished_file(std::string path, bool replace);
     ~unfinished_file();
     unfinished_file(const unfinished_file&) = delete;
     unfinished_file& operator=(const unfinished_file&) = delete;
 
-    // What audio libraries ask of a file. A short count leaves the reason in error().
+    // The calls that audio libraries need of a file. After a short count error() has the reason.
     std::int64_t write(const void* bytes, std::int64_t count) noexcept;
     std::int64_t read(void* bytes, std::int64_t count) noexcept;
     std::int64_t seek(std::int64_t offset, int whence) noexcept;
@@ -23,18 +24,19 @@ public:
 
     int error() const { return error_; }  // errno of the first call that failed, or 0
 
-    void finish();                            // puts it at its place; throws failure
-    [[noreturn]] void fail(int error) const;  // with the text of an errno
+    void finish();                            // renames it to its path; throws failure
+    [[noreturn]] void fail(int error) const;  // throws failure with the text of this errno
 
 private:
-    std::string place_;
+    std::string path_;
     bool replace_;
     int file_ = -1;
     int error_ = 0;
 };
 
-// From here on SIGINT, SIGTERM and SIGHUP remove the unfinished file and end the program with
-// 128 and their number, whatever it waits for; a file too large is an error and no signal.
+// After this call SIGINT, SIGTERM and SIGHUP remove the unfinished file and end the program with
+// 128 plus their number, also while it is blocked in a read; a file above the size limit is an
+// error of write instead of a signal.
 void remove_unfinished_on_signals();
 
 }  // namespace program

@@ -1,4 +1,5 @@
-// The plugin as its hosts find it: the one exported function and the calls it hands out.
+// The plugin's C interface: lv2_descriptor, the only exported function, and the functions that its
+// descriptor points to.
 #include <lv2/core/lv2.h>
 
 #include <cstdint>
@@ -19,7 +20,7 @@ LV2_Handle instantiate(const LV2_Descriptor*, double rate, const char*, const LV
     try {
         return new ported_effect(rate);
     } catch (const std::exception&) {
-        return nullptr;  // the host reports that there is no instance
+        return nullptr;  // the host reports the failure
     }
 }
 
@@ -44,7 +45,7 @@ constexpr LV2_Descriptor descriptor{kv7::orv::lv2::plugin_uri,
                                     connect_port,
                                     activate,
                                     run,
-                                    nullptr,  // deactivate: the next activate begins afresh
+                                    nullptr,  // deactivate: activate resets all state
                                     cleanup,
                                     nullptr};  // extension_data
 

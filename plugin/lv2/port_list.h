@@ -1,7 +1,7 @@
-// The plugin's ports, made from the attribute table: what the plugin reads and its bundle lists.
+// The plugin's ports, made from the attribute table; the plugin reads them, its bundle lists them.
 //
-// By index: the audio ports, one control port for each element of each attribute in the order of
-// registration, the triggers.
+// In order of index: the audio ports, a control port for each attribute in the order of
+// registration (for a list one per element), the triggers.
 #pragma once
 
 #include <array>
@@ -19,7 +19,7 @@ enum audio_port : std::size_t { in_left, in_right, out_left, out_right, audio_po
 
 struct control_port {
     std::size_t attribute;  // index in attribute_table
-    std::size_t element;    // 0, in a list up to list_length - 1
+    std::size_t element;    // below list_length in a list, else 0
 };
 
 // Control port n has the index audio_port_count + n.
@@ -28,7 +28,7 @@ std::vector<control_port> control_ports();
 std::string symbol_of(control_port port);  // "feedback", "delay_left"
 std::string label_of(control_port port);   // "Feedback", "Delay times, left"
 
-// Behind the control ports.
+// After the control ports.
 enum trigger_port : std::size_t { clear, reset, trigger_count };
 constexpr std::array<const char*, trigger_count> trigger_names{"clear", "reset"};
 

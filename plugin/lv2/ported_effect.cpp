@@ -13,7 +13,7 @@ std::unique_ptr<vesk_driver> prepared_driver(double rate) {
     return driver;
 }
 
-// What is not a number is no news while it stays so.
+// NaN differs from itself, but a port that stays NaN has not changed.
 bool differs(float a, float b) noexcept {
     return a != b && !(std::isnan(a) && std::isnan(b));
 }
@@ -41,88 +41,88 @@ void ported_effect::connect(std::size_t port, void* data) noexcept {
 }
 
 void ported_effect::activate() noexcept {
-    if (fresh_) return;
+    if (is_new_) return;
     try {
         driver_ = prepared_driver(rate_);
-        fresh_ = true;
+        is_new_ = true;
     } catch (const std::bad_alloc&) {
         driver_->core.request_reset();
     }
 }
 
 void ported_effect::run(std::uint32_t frames) {
-    if (fresh_)
-        start();
+    if (is_new_)
+        set_all();
     else
-        take_changes();
+        set_changed();
     std::size_t done = 0;
-    do {  // an empty block takes its changes too
-        const std::size_t piece = std::min(frames - done, piece_frames);
-        play_piece(done, piece);
-        done += piece;
+    do {  // a block without frames passes its changes on, too
+        const std::size_t count = std::min(frames - done, sub_block_frames);
+        process_sub_block(done, count);
+        done += count;
     } while (done < frames);
 }
 
-bool ported_effect::attribute_ports::take() noexcept {
-    bool news = false;
+bool ported_effect::attribute_ports::read() noexcept {
+    bool changed = false;
     for (std::size_t i = 0; i < count; ++i) {
         const float now = *data[i];
-        news |= differs(now, seen[i]);
-        seen[i] = now;
+        changed |= differs(now, values[i]);
+        values[i] = now;
     }
-    return news;
+    return changed;
 }
 
-bool ported_effect::trigger::take() noexcept {
-    const bool before = held;
-    held = *data > 0.0f;
-    return held && !before;
+bool ported_effect::trigger::read() noexcept {
+    const bool before = on;
+    on = *data > 0.0f;
+    return on && !before;
 }
 
 std::array<double, list_length> ported_effect::values_of(std::size_t attribute) const noexcept {
-    const auto& seen = attributes_[attribute].seen;
-    // A port that toggles is off up to 0 and on above, where the attribute is off between -1 and 1.
+    const auto& values = attributes_[attribute].values;
+    // LV2: a toggled port is on above 0. The attribute truncates, so 0.5 would be off.
     if (attribute_table[attribute].kind == attribute_kind::toggle)
-        return {seen[0] <= 0.0f ? 0.0 : 1.0};
-    return {double{seen[0]}, double{seen[1]}};
+        return {values[0] <= 0.0f ? 0.0 : 1.0};
+    return {double{values[0]}, double{values[1]}};
 }
 
-void ported_effect::land(std::size_t attribute) noexcept {
-    attributes_[attribute].take();
+void ported_effect::set_without_ramp(std::size_t attribute) noexcept {
+    attributes_[attribute].read();
     driver_->jump_to(attribute, values_of(attribute));
 }
 
-void ported_effect::start() {
-    // The delay before all else: with repitch set the tape head then begins on it and doesn't glide
-    // to it from the default.
+void ported_effect::set_all() {
+    // The delay times first: with repitch on, the tape head then starts on them and doesn't glide
+    // there from the default.
     for (std::size_t i = 0; i < attribute_count; ++i)
-        if (attribute_table[i].kind == attribute_kind::list) land(i);
-    for (std::size_t i = 0; i < attribute_count; ++i) land(i);
-    for (trigger& t : triggers_) t.take();  // one held from the start has not risen
-    fresh_ = false;
+        if (attribute_table[i].kind == attribute_kind::list) set_without_ramp(i);
+    for (std::size_t i = 0; i < attribute_count; ++i) set_without_ramp(i);
+    for (trigger& t : triggers_) t.read();  // one that is on from the start doesn't act
+    is_new_ = false;
 }
 
-void ported_effect::take_changes() {
+void ported_effect::set_changed() {
     for (std::size_t i = 0; i < attribute_count; ++i)
-        if (attributes_[i].take()) driver_->set(i, values_of(i));
-    if (triggers_[clear].take()) driver_->core.request_clear();
-    if (triggers_[reset].take()) driver_->core.request_reset();
+        if (attributes_[i].read()) driver_->set(i, values_of(i));
+    if (triggers_[clear].read()) driver_->core.request_clear();
+    if (triggers_[reset].read()) driver_->core.request_reset();
 }
 
-void ported_effect::play_piece(std::size_t begin, std::size_t frames) {
-    // Both inputs are read before an output is written, which may be the memory of either.
+void ported_effect::process_sub_block(std::size_t begin, std::size_t frames) {
+    // Both inputs are copied before an output is written, which may share its memory with either.
     for (std::size_t c = 0; c < 2; ++c) {
         const float* const in = audio_[in_left + c] + begin;
-        std::transform(in, in + frames, piece_[c].begin(),
+        std::transform(in, in + frames, sub_block_[c].begin(),
                        [](float x) { return std::isfinite(x) ? double{x} : 0.0; });
     }
-    double* const channels[2] = {piece_[0].data(), piece_[1].data()};
+    double* const channels[2] = {sub_block_[0].data(), sub_block_[1].data()};
     const signal_bundle bundle{channels, 2, static_cast<std::int32_t>(frames)};
     driver_->core.perform(bundle, bundle);
     for (std::size_t c = 0; c < 2; ++c)
-        std::transform(piece_[c].begin(), piece_[c].begin() + static_cast<std::ptrdiff_t>(frames),
-                       audio_[out_left + c] + begin,
-                       [](double y) { return static_cast<float>(y); });
+        std::transform(
+            sub_block_[c].begin(), sub_block_[c].begin() + static_cast<std::ptrdiff_t>(frames),
+            audio_[out_left + c] + begin, [](double y) { return static_cast<float>(y); });
 }
 
 }  // namespace kv7::orv::lv2

@@ -1,5 +1,5 @@
-// The effect between a host's ports: a driver that learns its attributes from floats which the host
-// writes between two blocks.
+// Plays the effect from a host's ports: sets the driver's attributes to the values of the control
+// ports at the start of every block.
 #pragma once
 
 #include <array>
@@ -17,50 +17,49 @@ class ported_effect {
 public:
     explicit ported_effect(double rate);  // Hz; throws std::bad_alloc
 
-    // Between two blocks. data outlives the next run.
+    // Between two blocks. data stays valid until the next run has returned.
     void connect(std::size_t port, void* data) noexcept;
 
-    // Not the audio thread. The next run begins with a fresh effect, its attributes as the ports
-    // say from the first sample. Without memory for one the used effect goes on, reset.
+    // Not the audio thread. The next run starts with a new driver, whose attributes have the values
+    // of the ports from the first sample. When there is no memory for one, the old one is reset.
     void activate() noexcept;
 
-    // Audio thread; neither allocates nor locks. A block of any length: what the ports say acts at
-    // its top. An output may be the memory of any input; an input that isn't finite counts as 0.
+    // Audio thread; neither allocates nor locks. Blocks have any length; changed ports act at their
+    // start. An output may share its memory with any input. Input that is not finite is taken as 0.
     void run(std::uint32_t frames);
 
 private:
-    // One port for a value, or two; further elements stay unused.
+    // The ports of one attribute: one, or two of a list.
     struct attribute_ports {
         std::array<const float*, list_length> data{};
-        std::array<float, list_length> seen{};  // at the last run
+        std::array<float, list_length> values{};  // when last read
         std::size_t count = 0;
 
-        bool take() noexcept;  // what the ports say now; true when it is news
+        bool read() noexcept;  // true when a value has changed
     };
     struct trigger {
         const float* data = nullptr;
-        bool held = false;  // at the last run
+        bool on = false;  // when last read
 
-        bool take() noexcept;  // true when it has risen
+        bool read() noexcept;  // true on a change from off to on
     };
 
     std::array<double, list_length> values_of(std::size_t attribute) const noexcept;
-    void land(std::size_t attribute) noexcept;
-    void start();
-    void take_changes();
-    void play_piece(std::size_t begin, std::size_t frames);
+    void set_without_ramp(std::size_t attribute) noexcept;
+    void set_all();
+    void set_changed();
+    void process_sub_block(std::size_t begin, std::size_t frames);
 
-    // Frames that the driver gets at a time, whatever the block.
-    static constexpr std::size_t piece_frames = 64;
+    static constexpr std::size_t sub_block_frames = 64;  // at most; the last of a block is shorter
 
     double rate_;
     std::unique_ptr<vesk_driver> driver_;
-    bool fresh_ = true;  // no run since the driver was built
+    bool is_new_ = true;  // no run since the driver was built
     const std::vector<control_port> control_ports_ = lv2::control_ports();
     std::array<attribute_ports, attribute_count> attributes_;
     std::array<trigger, trigger_count> triggers_;
     std::array<float*, audio_port_count> audio_{};
-    std::array<std::array<double, piece_frames>, 2> piece_{};  // left, right
+    std::array<std::array<double, sub_block_frames>, 2> sub_block_{};  // left, right
 };
 
 }  // namespace kv7::orv::lv2

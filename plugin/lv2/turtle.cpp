@@ -31,16 +31,16 @@ std::string uri(std::string_view fragment = {}) {
 }
 
 std::string quoted(std::string_view text) {
-    std::string all = "\"";
+    std::string literal = "\"";
     for (const char c : text) {
-        if (c == '"' || c == '\\') all += '\\';
-        all += c;
+        if (c == '"' || c == '\\') literal += '\\';
+        literal += c;
     }
-    return all + '"';
+    return literal + '"';
 }
 
-// The shortest text that reads the same, always with a point: some hosts take a preset's whole
-// numbers by their bits for floats.
+// The shortest decimal of the same value, always with a point: some hosts read an integer in a
+// preset as the bits of a float.
 std::string decimal(double value) {
     std::array<char, 400> text;
     const auto written =
@@ -67,12 +67,12 @@ std::string_view unit_of(std::string_view unit) {
     return found == units.end() ? std::string_view() : (*found)[1];
 }
 
-// Ranges over three decades, as of times from flanger to echo, are of use on such a scale only.
+// From three decades on, as for delay times from flanger to echo, a linear scale is of no use.
 bool is_logarithmic(const attribute_row& row) {
     return row.low > 0.0 && row.high >= 1000.0 * row.low;
 }
 
-// The present port of the plugin's list of them, without the brackets around it.
+// Writes the list of ports, one property at a time: begin opens the next port, end closes the list.
 class port_writer {
 public:
     explicit port_writer(std::ostream& out) : out_(out) {}
@@ -100,7 +100,7 @@ void write_audio_ports(port_writer& ports) {
         const char* symbol;
         const char* name;
         const char* group;
-        const char* side;
+        const char* designation;
     } rows[] = {
         {"lv2:InputPort , lv2:AudioPort", "in_left", "In, left", "input", "pg:left"},
         {"lv2:InputPort , lv2:AudioPort", "in_right", "In, right", "input", "pg:right"},
@@ -111,7 +111,7 @@ void write_audio_ports(port_writer& ports) {
     for (const auto& row : rows) {
         ports.begin(row.types, row.symbol, row.name);
         ports.line("pg:group", uri(row.group));
-        ports.line("lv2:designation", row.side);
+        ports.line("lv2:designation", row.designation);
     }
 }
 
@@ -149,7 +149,7 @@ void write_trigger_port(port_writer& ports, const char* name) {
     ports.line("lv2:portProperty", "lv2:toggled , pprops:trigger");
 }
 
-// Audio groups first; of the attributes each category once.
+// A group for the inputs, one for the outputs, one for each category of attributes.
 void write_groups(std::ostream& out) {
     const auto group = [&out](const std::string& which, const char* types, std::string_view name) {
         out << '\n'

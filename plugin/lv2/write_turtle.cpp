@@ -1,4 +1,4 @@
-// Run by the build: writes the bundle's texts from the attribute table and the preset files.
+// Run by the build: writes the bundle's Turtle files from the attribute table and the preset files.
 //   write_turtle FOLDER BINARY MAJOR.MINOR.PATCH PRESET...
 #include <exception>
 #include <filesystem>
