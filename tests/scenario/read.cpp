@@ -80,7 +80,8 @@ std::vector<Scenario> read_scenarios(const std::string& path) {
     std::ifstream file(path);
     if (!file) throw wrong(path + ": cannot be read");
     std::vector<Scenario> all(1);
-    all.back().folder = path.substr(0, path.rfind('/') + 1);
+    const std::string folder = path.substr(0, path.rfind('/') + 1);
+    all.back().folder = folder;
     const auto finish = [&] {
         Scenario& s = all.back();
         if (!(s.rate > 0.0))
@@ -96,7 +97,7 @@ std::vector<Scenario> read_scenarios(const std::string& path) {
         if (words[0] == "scenario") {
             if (directives > 0) {
                 finish();
-                all.emplace_back().folder = all.front().folder;
+                all.emplace_back().folder = folder;
             }
             all.back().line = n;
             directives = 0;
