@@ -13,7 +13,6 @@ namespace scenario {
 namespace {
 
 using orvane::blocks::vesk::SampleTableSet;
-using orvane::blocks::vesk::Vesk;
 
 // The contents that take the place of the built-in tables, if there are any.
 class Tables {
@@ -56,7 +55,7 @@ public:
         seed(s, engine_);
     }
     void act(const Event& event) {
-        if (event.kind == Event::Kind::set) set(event);
+        if (event.kind == Event::Kind::set) set(engine_, event.attribute, event.values);
         if (event.kind == Event::Kind::clear) engine_.engine_clear();
         if (event.kind == Event::Kind::reset) engine_.engine_reset();
         if (event.kind == Event::Kind::rate)
@@ -68,18 +67,6 @@ public:
     }
 
 private:
-    void set(const Event& event) {
-        using namespace kv7::orv;
-        const attribute_setter& setter = attribute_setters[event.attribute];
-        const double v = event.values[0];
-        if (const auto* c = std::get_if<continuous_setter>(&setter)) (*c)(engine_, v);
-        if (const auto* t = std::get_if<toggle_setter>(&setter))
-            (*t)(engine_, whole_number(v) != 0);
-        if (const auto* c = std::get_if<choice_setter>(&setter))
-            (*c)(engine_, static_cast<std::int32_t>(whole_number(v)));
-        if (const auto* l = std::get_if<list_setter>(&setter)) (*l)(engine_, event.values);
-    }
-
     Vesk engine_;
     std::shared_ptr<SampleTableSet> tables_;
 };
@@ -117,6 +104,17 @@ private:
 };
 
 }  // namespace
+
+void set(Vesk& engine, std::size_t attribute, const std::vector<double>& values) {
+    using namespace kv7::orv;
+    const attribute_setter& setter = attribute_setters[attribute];
+    const double v = values[0];
+    if (const auto* c = std::get_if<continuous_setter>(&setter)) (*c)(engine, v);
+    if (const auto* t = std::get_if<toggle_setter>(&setter)) (*t)(engine, whole_number(v) != 0);
+    if (const auto* c = std::get_if<choice_setter>(&setter))
+        (*c)(engine, static_cast<std::int32_t>(whole_number(v)));
+    if (const auto* l = std::get_if<list_setter>(&setter)) (*l)(engine, values);
+}
 
 std::vector<double> play(const Scenario& s, std::size_t block) {
     const std::vector<Frame> input = make_input(s);

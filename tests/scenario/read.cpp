@@ -79,6 +79,10 @@ void read_line(const Words& words, Scenario& s) {
 std::vector<Scenario> read_scenarios(const std::string& path) {
     std::ifstream file(path);
     if (!file) throw wrong(path + ": cannot be read");
+    return read_scenarios(file, path);
+}
+
+std::vector<Scenario> read_scenarios(std::istream& text, const std::string& path) {
     std::vector<Scenario> all(1);
     const std::string folder = path.substr(0, path.rfind('/') + 1);
     all.back().folder = folder;
@@ -90,9 +94,9 @@ std::vector<Scenario> read_scenarios(const std::string& path) {
     };
     std::string line;
     int directives = 0;  // of the present scenario
-    for (int n = 1; std::getline(file, line); ++n) {
-        std::istringstream text(line.substr(0, line.find('#')));
-        const Words words{std::istream_iterator<std::string>(text), {}};
+    for (int n = 1; std::getline(text, line); ++n) {
+        std::istringstream directive(line.substr(0, line.find('#')));
+        const Words words{std::istream_iterator<std::string>(directive), {}};
         if (words.empty()) continue;
         if (words[0] == "scenario") {
             if (directives > 0) {

@@ -14,16 +14,18 @@
 #include <array>
 #include <charconv>
 #include <cstdint>
+#include <iosfwd>
 #include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
-#include "engine/lanes.h"
+#include "engine/vesk.h"
 
 namespace scenario {
 
 using orvane::blocks::vesk::Frame;
+using orvane::blocks::vesk::Vesk;
 
 struct Event {
     enum class Kind { set, clear, reset, rate };
@@ -49,12 +51,16 @@ struct Scenario {
 
 // At least one. Throws std::runtime_error with the file, the line and what is wrong.
 std::vector<Scenario> read_scenarios(const std::string& path);
+std::vector<Scenario> read_scenarios(std::istream& text, const std::string& path);
 
 // All frames of the input. Throws std::runtime_error when a file cannot be read.
 std::vector<Frame> make_input(const Scenario& scenario);
 
 // Interleaved stereo. An engine plays frame by frame, or in blocks of at most block frames.
 std::vector<double> play(const Scenario& scenario, std::size_t block = 0);
+
+// An attribute's value by its setter, without clamp and ramp.
+void set(Vesk& engine, std::size_t attribute, const std::vector<double>& values);
 
 // FNV-1a, a frame at a time: two 32-bit floats as one little-endian word, -0 made +0.
 std::uint64_t hash_of(const std::vector<double>& interleaved);
