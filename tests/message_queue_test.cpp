@@ -3,11 +3,16 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <cstdint>
 #include <memory>
 #include <thread>
 #include <utility>
 #include <vector>
+
+#if !defined(_WIN32)
+#include <sys/time.h>
+#endif
 
 namespace kv7::ply {
 namespace {
@@ -72,6 +77,26 @@ TEST(MessageQueue, CarriesEveryElementWholeAndInOrderBetweenTwoThreads) {
         EXPECT_EQ(queue.peek(), nullptr);
     }
 }
+
+#if !defined(_WIN32)
+message_queue<std::uint64_t> interrupted(2000);
+volatile std::uint64_t sent = 0;
+
+// A producer in a signal handler comes between any two instructions of the consumer, also between
+// its two looks into a block, and each time it moves on to the next block.
+TEST(MessageQueue, PassesOverNothingWhereverTheProducerComesBetween) {
+    std::signal(SIGALRM, [](int) {
+        for (int i = 0; i < 600 && interrupted.enqueue(sent); ++i) sent = sent + 1;
+    });
+    const itimerval often{{0, 50}, {0, 50}}, never{};
+    setitimer(ITIMER_REAL, &often, nullptr);
+    std::uint64_t taken = 0, wrong = 0;
+    for (std::uint64_t element; taken < 1000000;)
+        if (interrupted.dequeue(element)) wrong += element != taken++;
+    setitimer(ITIMER_REAL, &never, nullptr);
+    EXPECT_EQ(wrong, 0U);
+}
+#endif
 
 }  // namespace
 }  // namespace kv7::ply
