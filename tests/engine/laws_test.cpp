@@ -48,6 +48,10 @@ Input impulse(float left, float right) {
     return [=](int n) { return n == 0 ? Frame{left, right} : Frame{}; };
 }
 
+Input steady(float x) {
+    return [=](int) { return Frame{x, x}; };
+}
+
 // Left carries a and right b; every echo within 47 ms and silence between. So quiet the saturator
 // is a wire.
 TEST(Laws, EchoesAreMatricesOfTheInput) {
@@ -111,6 +115,18 @@ TEST(Laws, TheDuckerFollowsTheLouderSideInDecibels) {
                                             0, 0.05f, 1, 0.05f)),
                     db, 0.1)
             << time;
+    Effect low(8000, "duck 1, duck_threshold -80");  // 10 dB below the level
+    low.play(4000, steady(std::pow(10.0f, -3.5f)));
+    EXPECT_NEAR(low.engine.ducker.reduction_db[0], -8, 0.01);
+    // At equality it is the release, which without time keeps the level exactly.
+    for (int i = 1; i < 20; ++i) {
+        Effect effect(8000, "duck 1, duck_threshold -40, duck_release 0");
+        effect.play(2000, steady(1));
+        effect.play(1, steady(0.05f * static_cast<float>(i)));
+        const auto reduction = effect.engine.ducker.reduction_db[0];
+        effect.play(1, steady(0.05f * static_cast<float>(i)));
+        EXPECT_EQ(effect.engine.ducker.reduction_db[0], reduction) << i;
+    }
 }
 
 TEST(Laws, TheGateOpensOverItsThresholdAndShutsAtHalfOfIt) {
@@ -146,7 +162,7 @@ TEST(Laws, EachWaveformHasItsShapeAndTheRightSideIsAhead) {
             SCOPED_TRACE(std::to_string(waveform) + " at " + std::to_string(degrees));
             Effect effect(8000, "mod_freq 0.5, mod_waveform " + std::to_string(waveform) +
                                     ", mod_phase " + std::to_string(degrees));
-            effect.play(1000, impulse(0, 0));  // a sixteenth of a period
+            effect.play(1000, steady(0));  // a sixteenth of a period
             for (double p = 0.0625; p < 2; p += 0.125) {
                 const auto value = effect.engine.modulator.smoothed;
                 const auto shape = [&](double phase) {
@@ -156,7 +172,7 @@ TEST(Laws, EachWaveformHasItsShapeAndTheRightSideIsAhead) {
                 };
                 EXPECT_NEAR(value[0], shape(p), 0.002) << p;
                 EXPECT_NEAR(value[1], shape(p + degrees / 360.0), 0.002) << p;
-                effect.play(2000, impulse(0, 0));
+                effect.play(2000, steady(0));
             }
         }
 }
@@ -185,12 +201,25 @@ TEST(Laws, ThePlateRingsAsItsDecaySaysAndDarkens) {
     }
 }
 
+TEST(Laws, WildSpeedsAndDelaysKeepToTheLine) {
+    for (const std::string mode : {"repitch 0", "repitch 1"}) {
+        Effect fast(8000, "mod_delay 200, mod_waveform 4, " + mode);
+        fast.play(1000, steady(0.5f));
+        const auto& head =
+            mode == "repitch 1" ? fast.engine.tape_head : fast.engine.crossfade_heads[0];
+        EXPECT_GE(head.rate_left.storage[head.rate_left.head], 0)
+            << "an entry is a stretch of line";
+        for (const Frame y : Effect(8000, "delay 1e9, " + mode).play(1000, steady(0.5f)))
+            EXPECT_EQ(y.left, 0) << "no nearer than all that has been written";
+    }
+}
+
 // Lines and heads go round their rings, of 4004 samples here, and sound the same wherever they are.
 TEST(Laws, WhatWasLongAgoDoesNotMatter) {
     for (const char* mode : {"repitch 0", "repitch 1"}) {
         const auto play_after = [&](int silence) {
             Effect effect(500, std::string("delay 4.9 1.3, feedback 0.5, ") + mode);
-            effect.play(silence, impulse(0, 0));
+            effect.play(silence, steady(0));
             Dice dice(1);
             return effect.play(9000, [&](int) {
                 const float x = static_cast<float>(dice.swing());
