@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <csignal>
 #include <cstdint>
 #include <memory>
 #include <thread>
@@ -11,7 +10,7 @@
 #include <vector>
 
 #if !defined(_WIN32)
-#include <sys/time.h>
+#include "interruptions.h"
 #endif
 
 namespace kv7::ply {
@@ -85,15 +84,12 @@ volatile std::uint64_t sent = 0;
 // A producer in a signal handler comes between any two instructions of the consumer, also between
 // its two looks into a block, and each time it moves on to the next block.
 TEST(MessageQueue, PassesOverNothingWhereverTheProducerComesBetween) {
-    std::signal(SIGALRM, [](int) {
+    const Interruptions often([](int) {
         for (int i = 0; i < 600 && interrupted.enqueue(sent); ++i) sent = sent + 1;
     });
-    const itimerval often{{0, 50}, {0, 50}}, never{};
-    setitimer(ITIMER_REAL, &often, nullptr);
     std::uint64_t taken = 0, wrong = 0;
     for (std::uint64_t element; taken < 1000000;)
         if (interrupted.dequeue(element)) wrong += element != taken++;
-    setitimer(ITIMER_REAL, &never, nullptr);
     EXPECT_EQ(wrong, 0U);
 }
 #endif
