@@ -63,6 +63,11 @@ lv2file -L $uri 2>&1 | sed -n 's/^Preset: //p' | sort >listed
 diff titles listed >&2 || fail "the presets listed are not those of $presets"
 [ "$(wc -l <titles)" = "$(ls "$presets" | wc -l)" ] || fail "a preset has no title"
 
+# One delay is that of both sides.
+printf '# One: delay\ndelay 0.2\n' >one.txt
+"$(dirname "$vesk")/write_turtle" . vesk.so 1.0.0 one.txt
+[ "$(grep -A 1 'delay_' presets.ttl | grep -c 'pset:value 0.2')" = 2 ] || fail "a preset of one delay"
+
 # Files of floats, so that no sample is rounded on its way, nor cut by lv2file at full scale.
 sox -V1 $recording -e floating-point -b 32 in.wav
 render() { "$vesk" render --quiet --force --tail 0 --vector 64 in.wav "$@"; }
