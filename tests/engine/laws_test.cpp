@@ -11,7 +11,6 @@
 #include <vector>
 
 #include "attribute_table.h"
-#include "dice.h"
 #include "engine/vesk.h"
 #include "scenario.h"
 
@@ -211,29 +210,6 @@ TEST(Laws, WildSpeedsAndDelaysKeepToTheLine) {
             << "an entry is a stretch of line";
         for (const Frame y : Effect(8000, "delay 1e9, " + mode).play(1000, steady(0.5f)))
             EXPECT_EQ(y.left, 0) << "no nearer than all that has been written";
-    }
-}
-
-// Lines and heads go round their rings, of 4004 samples here, and sound the same wherever they are.
-TEST(Laws, WhatWasLongAgoDoesNotMatter) {
-    for (const char* mode : {"repitch 0", "repitch 1"}) {
-        const auto play_after = [&](int silence) {
-            Effect effect(500, std::string("delay 4.9 1.3, feedback 0.5, ") + mode);
-            effect.play(silence, steady(0));
-            Dice dice(1);
-            return effect.play(9000, [&](int) {
-                const float x = static_cast<float>(dice.swing());
-                return Frame{x, -x};
-            });
-        };
-        const auto wanted = play_after(2600);
-        for (const int silence : {4003, 4004, 7000, 20011}) {
-            const auto out = play_after(silence);
-            for (std::size_t n = 0; n < out.size(); ++n) {
-                ASSERT_NEAR(out[n].left, wanted[n].left, 1e-5f) << mode << " " << n;
-                ASSERT_NEAR(out[n].right, wanted[n].right, 1e-5f) << mode << " " << n;
-            }
-        }
     }
 }
 
