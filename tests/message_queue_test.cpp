@@ -9,6 +9,10 @@
 #include <utility>
 #include <vector>
 
+#if !defined(_WIN32)
+#include "interruptions.h"
+#endif
+
 namespace kv7::ply {
 namespace {
 
@@ -72,6 +76,23 @@ TEST(MessageQueue, CarriesEveryElementWholeAndInOrderBetweenTwoThreads) {
         EXPECT_EQ(queue.peek(), nullptr);
     }
 }
+
+#if !defined(_WIN32)
+message_queue<std::uint64_t> interrupted(2000);
+volatile std::uint64_t sent = 0;
+
+// A producer in a signal handler comes between any two instructions of the consumer, also between
+// its two looks into a block, and each time it moves on to the next block.
+TEST(MessageQueue, PassesOverNothingWhereverTheProducerComesBetween) {
+    const Interruptions often([](int) {
+        for (int i = 0; i < 600 && interrupted.enqueue(sent); ++i) sent = sent + 1;
+    });
+    std::uint64_t taken = 0, wrong = 0;
+    for (std::uint64_t element; taken < 1000000;)
+        if (interrupted.dequeue(element)) wrong += element != taken++;
+    EXPECT_EQ(wrong, 0U);
+}
+#endif
 
 }  // namespace
 }  // namespace kv7::ply

@@ -5,24 +5,11 @@
 #include <cmath>
 #include <vector>
 
-#include "dice.h"
+#include "any_value.h"
 #include "vesk_driver.h"
 
 namespace kv7::orv {
 namespace {
-
-// Any attribute to a random value of its range, often to an end of it.
-void set_at_random(Dice& dice, vesk_driver& driver) {
-    const auto index = static_cast<std::size_t>(dice.below(static_cast<int>(attribute_count)));
-    const attribute_row& row = attribute_table[index];
-    // Toggles and choices take the whole part.
-    const double high = row.kind == attribute_kind::toggle ? 2.0 : row.high;
-    const auto value = [&] {
-        return row.low + (high - row.low) * std::clamp(2.0 * dice.unit() - 0.5, 0.0, 1.0);
-    };
-    const double values[2] = {value(), value()};
-    driver.set(index, values);
-}
 
 TEST(Endurance, TenMinutesOfEverythingMovedStayFinite) {
     Dice dice(11);
@@ -35,7 +22,11 @@ TEST(Endurance, TenMinutesOfEverythingMovedStayFinite) {
         vesk_driver driver(rate);
         driver.prepare(rate);
         for (double t = 0.0; t < 200.0; t += frames / rate) {
-            if (dice.below(3) == 0) set_at_random(dice, driver);
+            if (dice.below(3) == 0) {
+                const attribute_row& row = any_attribute(dice);
+                driver.set(attribute_index(row.info.name),
+                           std::vector{any_value(dice, row), any_value(dice, row)});
+            }
             if (dice.below(5000) == 0) driver.core.request_clear();
             if (dice.below(5000) == 0) driver.core.request_reset();
             const double level = dice.below(8) == 0 ? 0.0 : dice.unit();

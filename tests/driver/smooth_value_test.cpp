@@ -3,8 +3,13 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cmath>
 #include <vector>
+
+#if !defined(_WIN32)
+#include "interruptions.h"
+#endif
 
 namespace kv7::orv {
 namespace {
@@ -95,6 +100,27 @@ TEST(SmoothValue, ARebuildTakesAWaitingTargetWithTheOldLengthAndHandsOnWhereTheR
     fresh.rebuilt(44100);
     EXPECT_EQ(fresh.current, 0.75) << "before the first rebuild no ramp is due";
 }
+
+#if !defined(_WIN32)
+smooth_value interrupted{0, 0, 1e9, [](double) {}};
+std::atomic<int> sets{1000};
+
+// A setter in a signal handler comes between any two instructions of a scan: what it sets is taken
+// by this scan or by the next.
+TEST(SmoothValue, LosesNoSetThatComesInTheMiddleOfAScan) {
+    const Interruptions often([](int) { interrupted.set_value(++sets); });
+    while (sets < 4000) {
+        interrupted.set_value(1);
+        const int before = sets;
+        interrupted.scan();
+        const int after = sets;
+        interrupted.scan();
+        if (before != after && after == sets) {
+            ASSERT_EQ(interrupted.target, after);
+        }
+    }
+}
+#endif
 
 }  // namespace
 }  // namespace kv7::orv

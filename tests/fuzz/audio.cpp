@@ -1,6 +1,9 @@
 // Samples of any bit pattern in vectors of any size, between changes of every attribute, new rates,
 // clear and reset. Input that is finite and not above the loudest the input gain makes of full
 // scale must leave finite; after anything else a reset must make it so again.
+//
+// scripts/test-fuzz starts from a fixed seed: a short run plays the same inputs each time. Only a
+// longer one looks further.
 #include <bit>
 #include <cmath>
 #include <utility>

@@ -21,10 +21,12 @@ namespace {
 
 thread_local bool counting = false;
 thread_local long heap_calls = 0;
+thread_local bool heap_is_full = false;
 
 void* counted_new(std::size_t size) {
     if (counting) ++heap_calls;
-    if (void* const memory = std::malloc(size == 0 ? 1 : size)) return memory;
+    void* const memory = heap_is_full ? nullptr : std::malloc(size == 0 ? 1 : size);
+    if (memory != nullptr) return memory;
     throw std::bad_alloc();
 }
 void counted_delete(void* memory) noexcept {
@@ -77,6 +79,13 @@ public:
         for (std::size_t i = 0; i < attribute_count; ++i) driver_->set(i, values_of(i));
         driver_->prepare(rate);
         seen_ = values_;
+    }
+    // Without memory the engine stays, and starts from silence.
+    void activate_without_memory() {
+        heap_is_full = true;
+        calls_.activate(plugin_);
+        heap_is_full = false;
+        driver_->core.request_reset();
     }
     // Noise in, with what isn't finite here and there; asserts that both give the same.
     void block(std::size_t frames) {
@@ -188,6 +197,7 @@ TEST(Plugin, PlaysAsTheDriverDoesThroughAnyBlocksKnobsTriggersAndActivations) {
         for (int n = 0; n < 3 * life; ++n) pair.turn_a_knob();
         pair.activate();
         for (int n = 0; n < 300; ++n) {
+            if (n == 150) pair.activate_without_memory();
             for (int k = n % 12 / 3; k > 0 && n % 3 == 0; --k) pair.turn_a_knob();
             ASSERT_NO_FATAL_FAILURE(pair.block(pair.any_frames())) << n;
         }

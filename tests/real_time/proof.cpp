@@ -5,7 +5,6 @@
 #include <unistd.h>
 
 #include <chrono>
-#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
@@ -14,7 +13,7 @@
 #include <thread>
 #include <vector>
 
-#include "dice.h"
+#include "any_value.h"
 #include "host/host.h"
 #include "vesk_driver.h"
 
@@ -85,17 +84,8 @@ void show_the_guard() {
     close(kept);
 }
 
-double value_of(const attribute_row& row, double share) {
-    const double high = row.kind == attribute_kind::toggle ? 1.0 : row.high;
-    const double value = row.low + (high - row.low) * share;
-    const bool whole = row.kind == attribute_kind::toggle || row.kind == attribute_kind::choice;
-    return whole ? std::round(value) : value;
-}
-
-void set_at_random(Dice& dice, tesk::instance& instance) {
-    const attribute_row& row =
-        attribute_table[static_cast<std::size_t>(dice.below(attribute_count))];
-    instance.set(row.info.name, {value_of(row, dice.unit()), value_of(row, dice.unit())});
+void set_at_random(Dice& dice, tesk::instance& instance, const attribute_row& row) {
+    instance.set(row.info.name, {any_value(dice, row), any_value(dice, row)});
 }
 
 void report(const std::string& what) {
@@ -120,14 +110,14 @@ void play_everything(tesk::instance& instance) {
             play(frames, count);
     };
     for (const attribute_row& row : attribute_table)
-        for (const double share : {1.0, 0.0, 0.3, 0.7}) {
-            instance.set(row.info.name, {value_of(row, share), value_of(row, 1.0 - share)});
+        for (int n = 0; n < 8; ++n) {
+            set_at_random(dice, instance, row);
             settle();
         }
-    report("every attribute, to both ends and between");
+    report("every attribute, to its ends and between");
 
     for (int n = 0; n < 2000; ++n) {
-        for (int k = dice.below(8); k > 0; --k) set_at_random(dice, instance);
+        for (int k = dice.below(8); k > 0; --k) set_at_random(dice, instance, any_attribute(dice));
         play(64, 3);
     }
     report("attributes in any combination");
@@ -161,7 +151,7 @@ void play_side_by_side(tesk::instance& instance, bool guarded) {
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(2);
     int rebuilds = 0;
     while (std::chrono::steady_clock::now() < end) {
-        for (int k = 0; k < 30; ++k) set_at_random(dice, instance);
+        for (int k = 0; k < 30; ++k) set_at_random(dice, instance, any_attribute(dice));
         instance.send(dice.below(2) == 0 ? "clear" : "reset");
         if (dice.below(4) == 0) instance.prepare(8000.0 + 4000.0 * (++rebuilds % 5), 64);
         tesk::host::the().serve();

@@ -1,6 +1,7 @@
 // Reads the scenario language.
 #include <algorithm>
 #include <fstream>
+#include <iterator>
 #include <sstream>
 #include <stdexcept>
 
@@ -12,9 +13,7 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-std::runtime_error wrong(const std::string& what) {
-    return std::runtime_error(what);
-}
+using wrong = std::runtime_error;
 
 void need(const Words& words, std::size_t n) {
     if (words.size() < n)
@@ -63,6 +62,11 @@ void read_line(const Words& words, Scenario& s) {
                             static_cast<std::uint32_t>(number<std::uint64_t>(words[2]))};
     } else if (words[0] == "tables") {
         s.tables = s.folder + words[1];
+    } else if (words[0] == "scenario") {
+        need(words, 3);
+        s.on_device = words[1] == "device";
+        if (!s.on_device && words[1] != "engine") throw wrong("neither engine nor device");
+        s.hash = number<std::uint64_t>(words[2], 16);
     } else if (words[0] == "at") {
         s.events.push_back(read_event(words));
     } else {
@@ -72,27 +76,45 @@ void read_line(const Words& words, Scenario& s) {
 
 }  // namespace
 
-Scenario read_scenario(const std::string& path) {
+std::vector<Scenario> read_scenarios(const std::string& path) {
     std::ifstream file(path);
     if (!file) throw wrong(path + ": cannot be read");
-    Scenario s;
-    s.folder = path.substr(0, path.rfind('/') + 1);
+    return read_scenarios(file, path);
+}
+
+std::vector<Scenario> read_scenarios(std::istream& text, const std::string& path) {
+    std::vector<Scenario> all(1);
+    const std::string folder = path.substr(0, path.rfind('/') + 1);
+    all.back().folder = folder;
+    const auto finish = [&] {
+        Scenario& s = all.back();
+        if (!(s.rate > 0.0))
+            throw wrong(path + ":" + std::to_string(s.line) + ": no positive rate");
+        std::ranges::stable_sort(s.events, {}, &Event::frame);
+    };
     std::string line;
-    for (int n = 1; std::getline(file, line); ++n) {
-        std::istringstream text(line.substr(0, line.find('#')));
-        Words words;
-        for (std::string word; text >> word;) words.push_back(word);
+    int directives = 0;  // of the present scenario
+    for (int n = 1; std::getline(text, line); ++n) {
+        std::istringstream directive(line.substr(0, line.find('#')));
+        const Words words{std::istream_iterator<std::string>(directive), {}};
         if (words.empty()) continue;
+        if (words[0] == "scenario") {
+            if (directives > 0) {
+                finish();
+                all.emplace_back().folder = folder;
+            }
+            all.back().line = n;
+            directives = 0;
+        }
+        ++directives;
         try {
-            read_line(words, s);
+            read_line(words, all.back());
         } catch (const std::exception& e) {
             throw wrong(path + ":" + std::to_string(n) + ": " + e.what());
         }
     }
-    if (!(s.rate > 0.0)) throw wrong(path + ": no positive rate");
-    std::stable_sort(s.events.begin(), s.events.end(),
-                     [](const Event& a, const Event& b) { return a.frame < b.frame; });
-    return s;
+    finish();
+    return all;
 }
 
 }  // namespace scenario

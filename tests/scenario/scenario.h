@@ -5,22 +5,27 @@
 //         | burst SEED AMP ON OFF | file PATH
 //   at F set NAME V... | at F clear | at F reset | at F rate R
 //
-// '#' starts a comment; paths count from the scenario's folder.
+// '#' starts a comment; paths count from the scenario's folder. A file may hold many scenarios,
+// each then opened by a line of its own:
+//
+//   scenario engine|device HASH
 #pragma once
 
 #include <array>
 #include <charconv>
 #include <cstdint>
+#include <iosfwd>
 #include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
-#include "engine/lanes.h"
+#include "engine/vesk.h"
 
 namespace scenario {
 
 using orvane::blocks::vesk::Frame;
+using orvane::blocks::vesk::Vesk;
 
 struct Event {
     enum class Kind { set, clear, reset, rate };
@@ -31,7 +36,10 @@ struct Event {
 };
 
 struct Scenario {
-    double rate = 0.0;  // Hz
+    int line = 1;            // of the file, where it begins
+    bool on_device = false;  // through ramps, queue and vectors; otherwise on the bare engine
+    std::uint64_t hash = 0;  // hash_of() what it plays, where the file states it
+    double rate = 0.0;       // Hz
     std::uint64_t frames = 0;
     std::size_t vector_size = 64;
     std::vector<std::string> input{"silence"};  // the words of its directive
@@ -41,24 +49,31 @@ struct Scenario {
     std::vector<Event> events;  // by frame, at equal frames in the order of the file
 };
 
-// Throws std::runtime_error with the file, the line and what is wrong.
-Scenario read_scenario(const std::string& path);
+// At least one. Throws std::runtime_error with the file, the line and what is wrong.
+std::vector<Scenario> read_scenarios(const std::string& path);
+std::vector<Scenario> read_scenarios(std::istream& text, const std::string& path);
 
 // All frames of the input. Throws std::runtime_error when a file cannot be read.
 std::vector<Frame> make_input(const Scenario& scenario);
 
-// Interleaved stereo.
-std::vector<float> play_engine(const Scenario& scenario);
-std::vector<double> play_device(const Scenario& scenario);
+// Interleaved stereo. An engine plays frame by frame, or in blocks of at most block frames.
+std::vector<double> play(const Scenario& scenario, std::size_t block = 0);
+
+// An attribute's value by its setter, without clamp and ramp.
+void set(Vesk& engine, std::size_t attribute, const std::vector<double>& values);
+
+// FNV-1a, a frame at a time: two 32-bit floats as one little-endian word, -0 made +0.
+std::uint64_t hash_of(const std::vector<double>& interleaved);
 
 std::vector<float> read_floats(const std::string& path);
 
 // The whole of a word as a number. Throws std::runtime_error when it is none.
-template <class T>
-T number(const std::string& word) {
+template <class T, class... Base>
+T number(const std::string& word, Base... base) {
     T value{};
-    const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), value);
-    if (error != std::errc() || end != word.data() + word.size())
+    const char* const last = word.data() + word.size();
+    const auto [end, error] = std::from_chars(word.data(), last, value, base...);
+    if (error != std::errc() || end != last)
         throw std::runtime_error("'" + word + "' is not a " +
                                  (std::is_integral_v<T> ? "whole " : "") + "number");
     return value;

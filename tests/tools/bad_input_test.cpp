@@ -8,6 +8,7 @@ TEST_F(BadInput, EndsWithOneLineAndLeavesNothing) {
     write("in.wav", {8000, 2, std::vector<float>(64, 0.5f)});
     write("three.wav", {8000, 3, std::vector<float>(66, 0.5f)});
     write("slow.wav", {4000, 1, std::vector<float>(64, 0.5f)});
+    write("fast.wav", {384000, 1, {0.5f}});
     write("empty.wav", {8000, 2, {}});
     for (const char* name : {"there.wav", "there.png"}) write_text(name, "kept");
     write_text("text.wav", "no sound\n");
@@ -37,7 +38,8 @@ TEST_F(BadInput, EndsWithOneLineAndLeavesNothing) {
         {"--tail -1", "--tail -1: expected auto or seconds, 0 to 86400"},
         {"--seed x", "--seed x: expected a whole number, 0 or above"},
         {"--set gain", "--set gain: expected NAME=VALUE"},
-        {"--set gian=1", "--set gian=1: no attribute named \"gian\", the nearest is gain"},
+        {"--set pain=1",  // pair is as near
+         "--set pain=1: no attribute named \"pain\", the nearest is gain"},
         {"--set gain=nan", "--set gain=nan: gain: \"nan\" is not a number"},
         {"--set gain=", "--set gain=: gain: has no value"},
         {"--set gain=1,2", "--set gain=1,2: gain: 2 values, at most 1"},
@@ -69,6 +71,8 @@ TEST_F(BadInput, EndsWithOneLineAndLeavesNothing) {
         {"slow.wav o.wav", "slow.wav: 4000 Hz, expected 8000 to 384000"},
         {"empty.wav o.flac --tail 0",
          "o.flac: a FLAC file without a frame can't be read, expected a --tail"},
+        {"fast.wav o.wav --tail 1400",
+         "o.wav: more than the 4 GiB of a WAV file, expected suffix .w64 or .flac"},
         {"--score bad.score", "bad.score:3: gain: \"loud\" is not a number"},
         {"--score no.score", "no.score: can't be read: No such file or directory"},
         {"--preset bad.txt", "bad.txt:4: no attribute named \"grain\", the nearest is gain"},
@@ -80,7 +84,8 @@ TEST_F(BadInput, EndsWithOneLineAndLeavesNothing) {
         for (const auto& [words, line] : rows) {
             SCOPED_TRACE(words);
             const bool options = std::string(words).starts_with("--");
-            const outcome told = play((options ? "in.wav o.wav " : "") + std::string(words));
+            const outcome told =
+                play((options ? "in.wav o.wav " : "") + std::string(words), "ulimit -f 8000;");
             EXPECT_EQ(told.exit, exit);
             EXPECT_EQ(told.err, "render: " + std::string(line) + "\n");
             EXPECT_EQ(told.out, "");

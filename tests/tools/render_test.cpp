@@ -38,11 +38,14 @@ TEST_F(Render, EventsActAtTheFirstVectorAtOrAfterTheirFrame) {
 
 TEST_F(Render, EventsOfOneFrameKeepTheirOrderFileFirst) {
     write("in.wav", steady(200, 0.5f, 0.25f));
+    std::string many;  // so many that a sort which doesn't keep their order shows
+    for (int i = 0; i < 40; ++i) many += "0.008 gain " + std::to_string(i) + "\n";
     write_text("one.score",
                "# comment, blank lines and line ends of another system\r\n\r\n"
-               "0.016 gain 3  # later, though it stands first\r\n"
-               "0.008 gain 2\r\n0.008 pair 0.5, 0.25\r\n0.008 shape \"Very square\"\n"
-               "0.008 shape Round\n0.008 flip on");
+               "0.016 gain 3  # later, though it stands first\r\n" +
+                   many +
+                   "0.008 gain 2\r\n0.008 pair 0.5, 0.25\r\n0.008 shape \"Very square\"\n"
+                   "0.008 shape Round\n0.008 flip on");
     const std::vector<float> heard = hear(
                                          "--score one.score --at '0.008 gain 1' --at '0 flip on' "
                                          "--at '0 flip off' --at '0.016 clear'")
