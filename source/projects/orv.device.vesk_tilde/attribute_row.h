@@ -77,21 +77,18 @@ consteval attribute_row continuous(const attribute_info& info, setter_of<double>
                                    double standard, double low, double high,
                                    const char* unit = "") {
     check_texts(info);
-    check(setter != nullptr, "a row needs a setter");
     check_range(standard, low, high);
     return {info, attribute_kind::continuous, setter, standard, low, high, unit};
 }
 
 consteval attribute_row toggle(const attribute_info& info, setter_of<bool> setter) {
     check_texts(info);
-    check(setter != nullptr, "a row needs a setter");
     return {info, attribute_kind::toggle, setter, 0.0};
 }
 
 template <class Mode>
 consteval attribute_row choice(const attribute_info& info, setter_of<Mode> setter, Mode standard) {
     check_texts(info);
-    check(setter != nullptr, "a row needs a setter");
     constexpr auto& names = choice_names<Mode>::names;
     check_range(static_cast<double>(standard), 0.0, static_cast<double>(names.size() - 1));
     return {info,   attribute_kind::choice,
@@ -103,7 +100,6 @@ consteval attribute_row choice(const attribute_info& info, setter_of<Mode> sette
 consteval attribute_row list(const attribute_info& info, setter_of<std::span<const double>> setter,
                              double standard, double low, double high, const char* unit) {
     check_texts(info);
-    check(setter != nullptr, "a row needs a setter");
     check_range(standard, low, high);
     return {info, attribute_kind::list, setter, standard, low, high, unit};
 }
