@@ -14,6 +14,14 @@ TEST_F(BadInput, EndsWithOneLineAndLeavesNothing) {
     write_text("text.wav", "no sound\n");
     write_text("bad.score", "# first\n0 gain 1\n0.5 gain loud\n");
     write_text("bad.txt", "# Bad: has no such attribute\n\ngain 1\ngrain 1\n");
+    const std::pair<const char*, const char*> presets[] = {{"untitled", "gain 1\n"},
+                                                           {"nothing", ""},
+                                                           {"twice", "# A: b\ngain 1\ngain 2\n"},
+                                                           {"bare", "# A: b\ngain\n"},
+                                                           {"fraction", "# A: b\nshape 1.0\n"},
+                                                           {"latin", "# A: b\ngain 1 # \xE9\n"},
+                                                           {"bell", "# A: b\ngain 1\a\n"}};
+    for (const auto& [name, text] : presets) write_text(std::string(name) + ".txt", text);
     std::filesystem::create_symlink("in.wav", folder / "soft.wav");
     std::filesystem::create_hard_link(folder / "in.wav", folder / "hard.wav");
     const auto files = [this] {
@@ -24,7 +32,7 @@ TEST_F(BadInput, EndsWithOneLineAndLeavesNothing) {
     };
     const std::string before = files();
     struct row {
-        const char* words;  // behind in.wav o.wav where they begin with --
+        const char* words;  // after in.wav o.wav where they begin with --
         const char* line;
     };
     const row wrong_usage[] = {
@@ -76,6 +84,15 @@ TEST_F(BadInput, EndsWithOneLineAndLeavesNothing) {
         {"--score bad.score", "bad.score:3: gain: \"loud\" is not a number"},
         {"--score no.score", "no.score: can't be read: No such file or directory"},
         {"--preset bad.txt", "bad.txt:4: no attribute named \"grain\", the nearest is gain"},
+        {"--preset untitled.txt",
+         "untitled.txt:1: expected \"# Title: what it is\" in the first line"},
+        {"--preset nothing.txt", "nothing.txt: is empty, expected a preset"},
+        {"--preset twice.txt", "twice.txt:3: gain: is set in line 2 already"},
+        {"--preset bare.txt", "bare.txt:2: gain: has no value"},
+        {"--preset fraction.txt",
+         "fraction.txt:2: shape: no value named \"1.0\", the nearest is \"Round\""},
+        {"--preset latin.txt", "latin.txt:2: is not UTF-8 text"},
+        {"--preset bell.txt", "bell.txt:2: control character 7, expected plain text"},
         {"--object no.tkx64", "no.tkx64: no such object file"},
         {"--object objects/entryless~.tkx64", "objects/entryless~.tkx64: has no ext_main"},
         {"--object objects/refusing~.tkx64", "plain~: could not be made: no"},
