@@ -167,6 +167,7 @@ TEST(FailingHost, TheEffectSurvivesEveryCall) {
                      }},
                     free_phase},
                    false);
+    RecordProperty("failures", trials);
     EXPECT_GT(trials, 80) << "the calls of the object are not seen";
 }
 
@@ -186,6 +187,7 @@ TEST(FailingHost, AClassWithEverythingSurvivesEveryCall) {
                      }},
                     free_phase},
                    true);
+    RecordProperty("failures", trials);
     EXPECT_GT(trials, 60);
 }
 
