@@ -45,7 +45,7 @@ INSTANTIATE_TEST_SUITE_P(Renders, Golden, testing::ValuesIn(names()), [](const a
     return name;
 });
 
-constexpr std::size_t shares = 6;  // for as many processors and for patience under a sanitizer
+constexpr std::size_t shares = 8;  // for as many processors and for patience under a sanitizer
 
 class Generated : public testing::TestWithParam<std::size_t> {};
 
