@@ -68,40 +68,36 @@ void attribute_base::create_at_host(tesk_class* of_class, tesk_getter host_gette
                                     tesk_setter host_setter, bool is_matrix, bool is_array) {
     const bool hidden = visibility == attribute_visibility::hidden;
     const std::int64_t flags = (readonly ? flags_of_readonly : 0) | (hidden ? flags_of_hidden : 0);
-    const auto added = [this](std::int64_t error, const char* call) {
-        require_success(error, call, "attribute " + name.text());
-    };
-    const auto made = [this](void* attribute, const char* call) {
-        return require_pointer(attribute, call, "attribute " + name.text());
+    const std::string about = "attribute " + name.text();
+    // Adds what the host made to its class; what the class refuses goes back.
+    const auto add = [&](void* made, const char* made_by, auto* class_add, const char* added_by) {
+        require_pointer(made, made_by, about);
+        const std::int64_t error = class_add(of_class, made);
+        if (error != 0) object_free(made);
+        require_success(error, added_by, about);
     };
     if (style == style_time) {
-        added(class_time_addattr(of_class, name.c_str(), title.c_str(), flags),
-              "class_time_addattr");
+        require_success(class_time_addattr(of_class, name.c_str(), title.c_str(), flags),
+                        "class_time_addattr", about);
     } else if (is_matrix) {
         const symbol kind = is_array ? "vrx_attr_offset_array" : "vrx_attr_offset";
-        void* const attribute =
-            made(object_new_imp(symbol("vrxter").interned(), kind.interned(), name.c_str(),
-                                datatype.interned(),
-                                flags_of_matrix | (readonly ? flags_of_readonly : 0), host_getter,
-                                host_setter, no_count_offset),
-                 "object_new_imp");
-        added(vrx_class_addattr(of_class, attribute), "vrx_class_addattr");
+        add(object_new_imp(symbol("vrxter").interned(), kind.interned(), name.c_str(),
+                           datatype.interned(),
+                           flags_of_matrix | (readonly ? flags_of_readonly : 0), host_getter,
+                           host_setter, no_count_offset),
+            "object_new_imp", vrx_class_addattr, "vrx_class_addattr");
     } else if (is_array) {
-        void* const attribute =
-            made(attr_offset_array_new(name.c_str(), datatype.interned(), most_elements, flags,
-                                       host_getter, host_setter, no_count_offset, 0),
-                 "attr_offset_array_new");
-        added(class_addattr(of_class, attribute), "class_addattr");
+        add(attr_offset_array_new(name.c_str(), datatype.interned(), most_elements, flags,
+                                  host_getter, host_setter, no_count_offset, 0),
+            "attr_offset_array_new", class_addattr, "class_addattr");
     } else {
-        void* const attribute = made(
-            attr_offset_new(name.c_str(), datatype.interned(), flags, host_getter, host_setter, 0),
-            "attr_offset_new");
-        added(class_addattr(of_class, attribute), "class_addattr");
+        add(attr_offset_new(name.c_str(), datatype.interned(), flags, host_getter, host_setter, 0),
+            "attr_offset_new", class_addattr, "class_addattr");
     }
     if (hidden)
-        added(class_attr_addattr_parse(of_class, name.c_str(), "invisible",
-                                       symbols::long_integer.interned(), 1, "1"),
-              "class_attr_addattr_parse");
+        require_success(class_attr_addattr_parse(of_class, name.c_str(), "invisible",
+                                                 symbols::long_integer.interned(), 1, "1"),
+                        "class_attr_addattr_parse", about);
 }
 
 deferred_attribute_set::deferred_attribute_set(attribute_base* attribute, function apply)

@@ -39,12 +39,6 @@ int64_t dictobj_release(void* object) {
     return 0;
 }
 
-void object_free(void* object) {
-    if (object == nullptr) return;
-    if (static_cast<tesk::host_object*>(object)->of_class == &tesk::state().dictionary_class)
-        release(static_cast<tesk::dictionary*>(object));
-}
-
 int64_t binbuf_insert(void* object, void*, int64_t count, tesk_atom* values) {
     if (object == nullptr || count < 1) return 1;
     // The object itself has no text; what follows it is what a file would hold.

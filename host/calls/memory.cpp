@@ -43,4 +43,14 @@ void* object_alloc(tesk_class* of_class) {
     return memory;
 }
 
+// Of the objects that the host makes, what objects own: dictionaries, and attributes that no class
+// has taken.
+void object_free(void* object) {
+    if (object == nullptr) return;
+    const tesk_class* const of_class = static_cast<tesk::host_object*>(object)->of_class;
+    if (of_class == &tesk::state().dictionary_class) dictobj_release(object);
+    if (of_class == &tesk::state().attribute_class)
+        delete static_cast<tesk_class::attribute*>(object);
+}
+
 }  // extern "C"
