@@ -51,8 +51,8 @@ Input steady(float x) {
     return [=](int) { return Frame{x, x}; };
 }
 
-// Left carries a and right b; every echo within 47 ms and silence between. So quiet the saturator
-// is a wire.
+// Left carries a and right b; every echo within 47 ms, and silence between. At this level the
+// saturator is linear.
 TEST(Laws, EchoesAreMatricesOfTheInput) {
     constexpr float a = 0.01f, b = 0.004f, root = 0.70710678f;
     constexpr float mid = (a + b) / 2, side = (a - b) / 2, both = (a + b) * root;
@@ -117,14 +117,15 @@ TEST(Laws, TheDuckerFollowsTheLouderSideInDecibels) {
     Effect low(8000, "duck 1, duck_threshold -80");  // 10 dB below the level
     low.play(4000, steady(std::pow(10.0f, -3.5f)));
     EXPECT_NEAR(low.engine.ducker.reduction_db[0], -8, 0.01);
-    // At equality it is the release, which without time keeps the level exactly.
-    for (int i = 1; i < 20; ++i) {
-        Effect effect(8000, "duck 1, duck_threshold -40, duck_release 0");
-        effect.play(2000, steady(1));
-        effect.play(1, steady(0.05f * static_cast<float>(i)));
-        const auto reduction = effect.engine.ducker.reduction_db[0];
-        effect.play(1, steady(0.05f * static_cast<float>(i)));
-        EXPECT_EQ(effect.engine.ducker.reduction_db[0], reduction) << i;
+    // At equality it is the release, which without time keeps the level exactly; the attack would
+    // round at one level in a hundred.
+    Effect exact(8000, "duck 1, duck_threshold -40, duck_release 0");
+    exact.play(2000, steady(1));
+    for (float level = 0.999f; level > 0.02f; level -= 0.0005f) {
+        exact.play(1, steady(level));
+        const auto reduction = exact.engine.ducker.reduction_db[0];
+        exact.play(1, steady(level));
+        ASSERT_EQ(exact.engine.ducker.reduction_db[0], reduction) << level;
     }
 }
 
@@ -174,6 +175,9 @@ TEST(Laws, EachWaveformHasItsShapeAndTheRightSideIsAhead) {
                 effect.play(2000, steady(0));
             }
         }
+    EXPECT_NE(Effect(64, "").engine.modulator.random_state,
+              Effect(64, "").engine.modulator.random_state)
+        << "seeded apart";
 }
 
 // The tank's loop takes 0.726 s in the mean, four times the decay on its way: 80 log10(decay) dB.
@@ -200,16 +204,13 @@ TEST(Laws, ThePlateRingsAsItsDecaySaysAndDarkens) {
     }
 }
 
-TEST(Laws, WildSpeedsAndDelaysKeepToTheLine) {
+TEST(Laws, EntriesOfWildSpeedsAreNotNegative) {
     for (const std::string mode : {"repitch 0", "repitch 1"}) {
         Effect fast(8000, "mod_delay 200, mod_waveform 4, " + mode);
         fast.play(1000, steady(0.5f));
         const auto& head =
             mode == "repitch 1" ? fast.engine.tape_head : fast.engine.crossfade_heads[0];
-        EXPECT_GE(head.rate_left.storage[head.rate_left.head], 0)
-            << "an entry is a stretch of line";
-        for (const Frame y : Effect(8000, "delay 1e9, " + mode).play(1000, steady(0.5f)))
-            EXPECT_EQ(y.left, 0) << "no nearer than all that has been written";
+        EXPECT_GE(head.rate_left.storage[head.rate_left.head], 0);
     }
 }
 

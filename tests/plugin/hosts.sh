@@ -41,8 +41,7 @@ export LV2_PATH=$bundles
 # The name of its class stands with LV2's own bundles.
 LV2_PATH=$bundles:/usr/lib/lv2 lv2info $uri >info 2>told || fail "lv2info failed"
 [ ! -s told ] || { cat told >&2; fail "lv2info warned"; }
-# Every attribute has its ports, lists two, beside four of audio and two triggers; the renderer
-# lists the attributes.
+# A port an attribute, two a list, four of audio, two triggers; the renderer lists the attributes.
 "$vesk" attributes --json >attributes
 of() { grep -c "\"type\": *\"$1\"" attributes || true; }
 shows() { [ "$(grep -c "$1" info)" = "$2" ] || fail "lv2info shows $(grep -c "$1" info) of $1, expected $2"; }
