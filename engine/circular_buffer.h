@@ -8,8 +8,8 @@
 #include <type_traits>
 #include <utility>
 
+#include "engine/block.h"
 #include "engine/lanes.h"
-#include "engine/run.h"
 
 namespace orvane::blocks::vesk {
 
@@ -48,7 +48,7 @@ struct CircularBuffer {
         T* const to = room(count);
         std::uint64_t i = 0;
         for (; i + at_once <= count; i += at_once)
-            store(to + count - i - at_once, reversed<sizeof(T)>(load<Oct>(values + i)));
+            store(to + count - i - at_once, reverse<sizeof(T)>(load<Oct>(values + i)));
         for (; i < count; ++i) to[count - i - 1] = values[i];
         pushed(count);
     }
@@ -76,7 +76,7 @@ struct CircularBuffer {
 
 private:
     static constexpr std::align_val_t alignment{64};
-    static constexpr std::uint64_t repeated = longest_run;
+    static constexpr std::uint64_t repeated = max_block;
 
     VESK_INLINE std::uint64_t behind(std::uint64_t count) const noexcept {
         return (head < count ? head + size : head) - count;
@@ -85,7 +85,7 @@ private:
     VESK_INLINE void repeat_ends(std::uint64_t count) noexcept {
         const std::uint64_t end = head + count;
         for (std::uint64_t i = size; i < end; ++i) storage[i - size] = storage[i];
-        const std::uint64_t first = smaller(smaller(end, size), repeated);
+        const std::uint64_t first = min(min(end, size), repeated);
         for (std::uint64_t i = head; i < first; ++i) storage[size + i] = storage[i];
     }
 };

@@ -15,7 +15,8 @@ DelaySection::DelaySection(float rate)
       delay_right(whole_line(rate) + zeros_of_empty_line),
       delay_capacity(whole_line(rate) + zeros_of_empty_line),
       tape_head(whole_line(rate) + 2),
-      delay_smoothing_coefficient(both(one_pole_coefficient(delay_smoothing_time, rate))),
+      delay_smoothing_coefficient(
+          broadcast<Pair>(one_pole_coefficient(delay_smoothing_time, rate))),
       crossfade_heads{ReadHead(whole_line(rate) + 2), ReadHead(whole_line(rate) + 2)} {
     clear_delay_lines();
     reset_read_heads();

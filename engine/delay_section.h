@@ -8,11 +8,12 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "engine/block.h"
 #include "engine/circular_buffer.h"
 #include "engine/fast_math.h"
 #include "engine/lanes.h"
+#include "engine/prefetch.h"
 #include "engine/read_head.h"
-#include "engine/run.h"
 
 namespace orvane::blocks::vesk {
 
@@ -24,17 +25,17 @@ constexpr std::uint64_t zeros_of_empty_line = 4;  // the four points of the shor
 struct ReadPlan {
     // One channel of one head: what its cursor finds, and the position that follows from it.
     struct Lane {
-        Findings found;
-        std::int32_t index[longest_run];  // whole part of the position on the line
-        float fraction[longest_run];      // the rest of it
+        ReadPositions found;
+        std::int32_t index[max_block];  // whole part of the position on the line
+        float fraction[max_block];      // the rest of it
 
         VESK_INLINE void resolve(const float* limits, std::size_t n) noexcept;
     };
 
-    Lane lanes[4];              // left and right of head 0, then of head 1
-    float limit[longest_run];   // the oldest readable position
-    float weight[longest_run];  // of head 1
-    bool one_position = true;   // both heads, or the only one, read as lanes 0 and 1 say
+    Lane lanes[4];             // left and right of head 0, then of head 1
+    float limit[max_block];    // the oldest readable position
+    float weight[max_block];   // of head 1
+    bool one_position = true;  // both heads, or the only one, read as lanes 0 and 1 say
 
     // From findings to positions, for n frames.
     VESK_INLINE void resolve(std::size_t n) noexcept;
@@ -46,12 +47,12 @@ struct ReadPlan {
 };
 
 struct DelaySection {
-    float sample_rate;                  // Hz
-    Pair delay_time = both(0.5f);       // s; left, right
-    CircularBuffer<float> delay_left;   // mid in mid/side mode
-    CircularBuffer<float> delay_right;  // side in mid/side mode
-    std::uint64_t delay_capacity;       // the lines' size
-    std::uint64_t delay_filled = 0;     // samples that may be read, at most delay_capacity
+    float sample_rate;                        // Hz
+    Pair delay_time = broadcast<Pair>(0.5f);  // s; left, right
+    CircularBuffer<float> delay_left;         // mid in mid/side mode
+    CircularBuffer<float> delay_right;        // side in mid/side mode
+    std::uint64_t delay_capacity;             // the lines' size
+    std::uint64_t delay_filled = 0;           // samples that may be read, at most delay_capacity
 
     bool repitch = true;
     ReadHead tape_head;
@@ -77,28 +78,28 @@ struct DelaySection {
     void set_repitch(bool value) noexcept;
 
     // Asks for what the next n frames meet.
-    VESK_INLINE void prefetch_run(std::size_t n) const noexcept;
+    VESK_INLINE void prefetch_block(std::size_t n) const noexcept;
 
     // Where a run of n frames reads: decided by the speeds, in octaves, and by no audio.
-    VESK_INLINE ReadPlan plan_reads(const Run& speed, std::size_t n) noexcept;
+    VESK_INLINE ReadPlan plan_reads(const Block& speed, std::size_t n) noexcept;
     // What frames first to first + n - 1 of the plan read, while the line holds all before first.
     // None of them may read what another one is still to write: plan.free_frames(first) tells.
-    VESK_INLINE Run read_delay(const ReadPlan& plan, std::size_t first,
-                               std::size_t n) const noexcept;
-    VESK_INLINE void write_delay(const Run& value, std::size_t n) noexcept;
+    VESK_INLINE Block read_delay(const ReadPlan& plan, std::size_t first,
+                                 std::size_t n) const noexcept;
+    VESK_INLINE void write_delay(const Block& value, std::size_t n) noexcept;
 
     // One frame: read before write.
     VESK_INLINE Pair read_delay(Pair speed) noexcept {
-        return read_delay(plan_reads(run_of_one(speed), 1), 0, 1)[0];
+        return read_delay(plan_reads(block_of_one(speed), 1), 0, 1)[0];
     }
-    VESK_INLINE void write_delay(Pair value) noexcept { write_delay(run_of_one(value), 1); }
+    VESK_INLINE void write_delay(Pair value) noexcept { write_delay(block_of_one(value), 1); }
 
     // delay_time in samples, 1 at least.
     VESK_INLINE Pair wanted_delay() const noexcept;
 
 private:
-    VESK_INLINE void plan_tape(const Run& rate, std::size_t n, ReadPlan& plan) noexcept;
-    VESK_INLINE void plan_crossfade(const Run& rate, std::size_t n, ReadPlan& plan) noexcept;
+    VESK_INLINE void plan_tape(const Block& rate, std::size_t n, ReadPlan& plan) noexcept;
+    VESK_INLINE void plan_crossfade(const Block& rate, std::size_t n, ReadPlan& plan) noexcept;
     template <class T>
     VESK_INLINE T read_head(const ReadPlan::Lane* lanes, std::size_t first,
                             std::size_t i) const noexcept;
@@ -115,15 +116,15 @@ VESK_INLINE float signed_float(std::uint64_t x) noexcept {
 VESK_INLINE void ReadPlan::Lane::resolve(const float* limits, std::size_t n) noexcept {
     const auto position_of = [&]<class T>(std::size_t i) VESK_LAMBDA {
         const T part = load<T>(found.rest + i) / load<T>(found.entry + i);
-        const T p = (part + (floats(load<Integers<T>>(found.offset + i)) - 0.5f)) - 1.0f;
+        const T p = (part + (to_float(load<Integers<T>>(found.offset + i)) - 0.5f)) - 1.0f;
         const T top = load<T>(limits + i);
-        const T position = p > top ? top : larger(p, all<T>(1.0f));  // not a number: 1
-        const Integers<T> whole_part = whole(position);
+        const T position = p > top ? top : max(p, broadcast<T>(1.0f));  // not a number: 1
+        const Integers<T> whole_part = to_int(position);
         store(index + i, whole_part);
-        store(fraction + i, position - floats(whole_part));
+        store(fraction + i, position - to_float(whole_part));
     };
     std::size_t i = 0;
-    for (; i + lanes_of<Oct> <= n; i += lanes_of<Oct>) position_of.template operator()<Oct>(i);
+    for (; i + lane_count<Oct> <= n; i += lane_count<Oct>) position_of.template operator()<Oct>(i);
     for (; i < n; ++i) position_of.template operator()<float>(i);
 }
 
@@ -134,16 +135,16 @@ VESK_INLINE void ReadPlan::resolve(std::size_t n) noexcept {
 VESK_INLINE std::size_t ReadPlan::free_frames(std::size_t first, std::size_t n) const noexcept {
     std::int32_t least = static_cast<std::int32_t>(n - first);
     for (int lane = 0; lane < lanes_in_use(); ++lane)
-        for (std::size_t i = first; i < n; ++i) least = smaller(lanes[lane].index[i], least);
+        for (std::size_t i = first; i < n; ++i) least = min(lanes[lane].index[i], least);
     return static_cast<std::size_t>(least);
 }
 
 VESK_INLINE Pair DelaySection::wanted_delay() const noexcept {
     const Pair wanted = delay_time * sample_rate;
-    return wanted < 1.0f ? both(1.0f) : wanted;
+    return wanted < 1.0f ? broadcast<Pair>(1.0f) : wanted;
 }
 
-VESK_INLINE void DelaySection::prefetch_run(std::size_t n) const noexcept {
+VESK_INLINE void DelaySection::prefetch_block(std::size_t n) const noexcept {
     const auto pushes = [&](const ReadHead& head) VESK_LAMBDA {
         prefetch(head.rate_left.room(n), n);
         prefetch(head.rate_right.room(n), n);
@@ -168,8 +169,8 @@ VESK_INLINE void DelaySection::prefetch_run(std::size_t n) const noexcept {
     prefetch(delay_right.room(n), n);
 }
 
-VESK_INLINE ReadPlan DelaySection::plan_reads(const Run& speed, std::size_t n) noexcept {
-    const Run rate = map_run(
+VESK_INLINE ReadPlan DelaySection::plan_reads(const Block& speed, std::size_t n) noexcept {
+    const Block rate = map_block(
         n, [](auto x) VESK_LAMBDA { return fast_exp2(x); }, speed);
     ReadPlan plan;
     const float whole_line = signed_float(delay_capacity - 3);
@@ -184,7 +185,8 @@ VESK_INLINE ReadPlan DelaySection::plan_reads(const Run& speed, std::size_t n) n
     return plan;
 }
 
-VESK_INLINE void DelaySection::plan_tape(const Run& rate, std::size_t n, ReadPlan& plan) noexcept {
+VESK_INLINE void DelaySection::plan_tape(const Block& rate, std::size_t n,
+                                         ReadPlan& plan) noexcept {
     const Pair wanted = wanted_delay();
     const Pair k = delay_smoothing_coefficient;
     // Where rounding has stopped the smoother short of its goal it snaps onto it.
@@ -193,7 +195,7 @@ VESK_INLINE void DelaySection::plan_tape(const Run& rate, std::size_t n, ReadPla
         return next == x ? wanted : next;
     };
     const auto same = [](Pair a, Pair b) VESK_LAMBDA { return a[0] == b[0] && a[1] == b[1]; };
-    Run glided;
+    Block glided;
     if (same(smoothed_delay, wanted) && same(after(wanted), wanted)) {  // and so it stays
         for (std::size_t i = 0; i < n; ++i) glided[i] = wanted;
     } else {
@@ -202,10 +204,10 @@ VESK_INLINE void DelaySection::plan_tape(const Run& rate, std::size_t n, ReadPla
             glided[i] = smoothed_delay;
         }
     }
-    const Run products = map_run(
+    const Block products = map_block(
         n, [](auto r, auto d) VESK_LAMBDA { return limited_entry((r / d) * fixed_point_one); },
         rate, glided);
-    tape_head.locate(Entries(products, n), both(1.0f), 0, n, plan.lanes[0].found,
+    tape_head.locate(Entries(products, n), broadcast<Pair>(1.0f), 0, n, plan.lanes[0].found,
                      plan.lanes[1].found);
 }
 
@@ -234,9 +236,9 @@ VESK_INLINE bool DelaySection::heads_alike() const noexcept {
            h0.cursor_left == h1.cursor_left && h0.cursor_right == h1.cursor_right;
 }
 
-VESK_INLINE void DelaySection::plan_crossfade(const Run& rate, std::size_t n,
+VESK_INLINE void DelaySection::plan_crossfade(const Block& rate, std::size_t n,
                                               ReadPlan& plan) noexcept {
-    const Run products = map_run(
+    const Block products = map_block(
         n, [](auto r) VESK_LAMBDA { return limited_entry(r * fixed_point_one); }, rate);
     const Entries pushed(products, n);
     auto& [h0, h1] = crossfade_heads;
@@ -244,7 +246,7 @@ VESK_INLINE void DelaySection::plan_crossfade(const Run& rate, std::size_t n,
     for (std::size_t first = 0, end = 0; first < n; first = end) {
         if (crossfade_remaining == 0) begin_crossfade();
         // To the end of the fade or of the run: so long the spans stand.
-        end = crossfade_remaining == 0 ? first + 1 : smaller(n, first + crossfade_remaining);
+        end = crossfade_remaining == 0 ? first + 1 : min(n, first + crossfade_remaining);
         const bool alike = heads_alike();
         h0.locate(pushed, head_delay[0], first, end, left0.found, right0.found);
         if (!alike || end - first < n) plan.one_position = false;
@@ -306,43 +308,43 @@ VESK_INLINE T DelaySection::read_head(const ReadPlan::Lane* lanes, std::size_t f
         const IntQuad a = places(delay_left, left);
         const IntQuad b = places(delay_right, right);
         const auto points = [&](int k) VESK_LAMBDA {
-            return joined(load<Quad>(l + a[k]), load<Quad>(r + b[k]));
+            return combine(load<Quad>(l + a[k]), load<Quad>(r + b[k]));
         };
-        const Columns p = columns(points(0), points(1), points(2), points(3));
+        const Transposed p = transpose(points(0), points(1), points(2), points(3));
         const Oct t =
-            joined(load<Quad>(left.fraction + first + i), load<Quad>(right.fraction + first + i));
+            combine(load<Quad>(left.fraction + first + i), load<Quad>(right.fraction + first + i));
         return hermite_interpolate(p.a, p.b, p.c, p.d, t);
     }
 }
 
-VESK_INLINE Run DelaySection::read_delay(const ReadPlan& plan, std::size_t first,
-                                         std::size_t n) const noexcept {
-    Run out;
-    in_fours(n, [&]<class T>(std::size_t i) VESK_LAMBDA {
+VESK_INLINE Block DelaySection::read_delay(const ReadPlan& plan, std::size_t first,
+                                           std::size_t n) const noexcept {
+    Block out;
+    for_each_vector(n, [&]<class T>(std::size_t i) VESK_LAMBDA {
         T x = read_head<T>(plan.lanes, first, i);
         if (!repitch) {
             const T y = plan.one_position ? x : read_head<T>(plan.lanes + 2, first, i);
-            const auto weight = load<Side<T>>(plan.weight + first + i);
-            const T w = side_by_side(weight, weight);
+            const auto weight = load<Mono<T>>(plan.weight + first + i);
+            const T w = planar(weight, weight);
             x = y * w + (1.0f - w) * x;
         }
-        out.set(i, interleaved(x));
+        out.set(i, planar_to_interleaved(x));
     });
     return out;
 }
 
-VESK_INLINE void DelaySection::write_delay(const Run& value, std::size_t n) noexcept {
+VESK_INLINE void DelaySection::write_delay(const Block& value, std::size_t n) noexcept {
     float* const left = delay_left.room(n);
     float* const right = delay_right.room(n);
-    in_fours(n, [&]<class T>(std::size_t i) VESK_LAMBDA {
+    for_each_vector(n, [&]<class T>(std::size_t i) VESK_LAMBDA {
         const T x = value.at<T>(i);
-        const std::size_t to = n - i - frames_of<T>;  // the newest first
-        store(left + to, reversed<sizeof(float)>(left_side(x)));
-        store(right + to, reversed<sizeof(float)>(right_side(x)));
+        const std::size_t to = n - i - frames_per<T>;  // the newest first
+        store(left + to, reverse<sizeof(float)>(left_lanes(x)));
+        store(right + to, reverse<sizeof(float)>(right_lanes(x)));
     });
     delay_left.pushed(n);
     delay_right.pushed(n);
-    delay_filled = smaller(delay_filled + n, delay_capacity);
+    delay_filled = min(delay_filled + n, delay_capacity);
 }
 
 }  // namespace orvane::blocks::vesk

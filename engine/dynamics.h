@@ -4,9 +4,9 @@
 
 #include <cstddef>
 
+#include "engine/block.h"
 #include "engine/fast_math.h"
 #include "engine/lanes.h"
-#include "engine/run.h"
 
 namespace orvane::blocks::vesk {
 
@@ -30,7 +30,7 @@ struct Gate {
     void reset_gate() noexcept;
 
     // The louder side of a run's raw input, and what one frame of it does to the gain.
-    VESK_INLINE static Run peaks(const Run& input, std::size_t n) noexcept;
+    VESK_INLINE static Block peaks(const Block& input, std::size_t n) noexcept;
     VESK_INLINE float step(float peak) noexcept;
 };
 
@@ -38,44 +38,44 @@ struct Gate {
 // smoothed in dB. Both lanes get the same detector, so they always hold equal values.
 struct Ducker {
     Pair sample_rate;  // Hz
-    Pair threshold_db = both(-6.0f);
-    Pair slope = both(0.2f);         // dB out per dB in above the threshold: 5 to 1
-    Pair attack_time = both(0.01f);  // s
-    Pair release_time = both(0.1f);  // s
-    Pair attack_coefficient;         // of attack_time
-    Pair release_coefficient;        // of release_time
-    Pair makeup_gain = both(1.0f);   // linear
-    Pair reduction_db{};             // the only state; 0 or below
+    Pair threshold_db = broadcast<Pair>(-6.0f);
+    Pair slope = broadcast<Pair>(0.2f);         // dB out per dB in above the threshold: 5 to 1
+    Pair attack_time = broadcast<Pair>(0.01f);  // s
+    Pair release_time = broadcast<Pair>(0.1f);  // s
+    Pair attack_coefficient;                    // of attack_time
+    Pair release_coefficient;                   // of release_time
+    Pair makeup_gain = broadcast<Pair>(1.0f);   // linear
+    Pair reduction_db{};                        // the only state; 0 or below
 
     explicit Ducker(float rate);
     void set_release(float seconds);
     void reset() noexcept { reduction_db = Pair{}; }
 
     // Where the detector wants the gain to go, dB, and one frame's step towards it.
-    VESK_INLINE Run targets(const Run& detector, std::size_t n) const noexcept;
+    VESK_INLINE Block targets(const Block& detector, std::size_t n) const noexcept;
     VESK_INLINE Pair step(Pair target) noexcept;
-    VESK_INLINE void apply(Run& wet, const Run& reduction, std::size_t n) const noexcept;
+    VESK_INLINE void apply(Block& wet, const Block& reduction, std::size_t n) const noexcept;
     // One frame of all.
     VESK_INLINE Pair process(Pair wet, Pair detector) noexcept {
-        const Run reduction = run_of_one(step(targets(run_of_one(detector), 1)[0]));
-        Run ducked = run_of_one(wet);
+        const Block reduction = block_of_one(step(targets(block_of_one(detector), 1)[0]));
+        Block ducked = block_of_one(wet);
         apply(ducked, reduction, 1);
         return ducked[0];
     }
 };
 
-VESK_INLINE Run Gate::peaks(const Run& input, std::size_t n) noexcept {
-    return map_run(
+VESK_INLINE Block Gate::peaks(const Block& input, std::size_t n) noexcept {
+    return map_block(
         n,
         []<class T>(T x) VESK_LAMBDA {
-            const T size = magnitude(x);
-            return larger(rights(size), lefts(size));
+            const T size = abs(x);
+            return max(dup_right(size), dup_left(size));
         },
         input);
 }
 
 VESK_INLINE float Gate::step(float peak) noexcept {
-    gate_envelope = larger((1.0f - gate_peak_coefficient) * gate_envelope, peak);
+    gate_envelope = max((1.0f - gate_peak_coefficient) * gate_envelope, peak);
     gate_open =
         (gate_open || gate_envelope > gate_open_threshold) && gate_envelope > gate_close_threshold;
     // Both ways out of what they share: a choice between two results, not a branch.
@@ -85,15 +85,15 @@ VESK_INLINE float Gate::step(float peak) noexcept {
     return gate_gain;
 }
 
-VESK_INLINE Run Ducker::targets(const Run& detector, std::size_t n) const noexcept {
-    return map_run(
+VESK_INLINE Block Ducker::targets(const Block& detector, std::size_t n) const noexcept {
+    return map_block(
         n,
         [this]<class T>(T d) VESK_LAMBDA {
             constexpr float detector_floor = 1e-6f;  // keeps the logarithm's argument positive
-            const T size = magnitude(d);
-            const T level = size < detector_floor ? all<T>(detector_floor) : size;
-            const T over = fast_gain_to_db(level) - pairs<T>(threshold_db);
-            return (pairs<T>(slope) - 1.0f) * (over >= 0.0f ? over : T{});
+            const T size = abs(d);
+            const T level = size < detector_floor ? broadcast<T>(detector_floor) : size;
+            const T over = fast_gain_to_db(level) - broadcast<T>(threshold_db);
+            return (broadcast<T>(slope) - 1.0f) * (over >= 0.0f ? over : T{});
         },
         detector);
 }
@@ -106,11 +106,11 @@ VESK_INLINE Pair Ducker::step(Pair target) noexcept {
     return reduction_db;
 }
 
-VESK_INLINE void Ducker::apply(Run& wet, const Run& reduction, std::size_t n) const noexcept {
+VESK_INLINE void Ducker::apply(Block& wet, const Block& reduction, std::size_t n) const noexcept {
     map_into(
         wet, n,
         [this]<class T>(T r, T w)
-            VESK_LAMBDA { return fast_db_to_gain(r) * pairs<T>(makeup_gain) * w; },
+            VESK_LAMBDA { return fast_db_to_gain(r) * broadcast<T>(makeup_gain) * w; },
         reduction, wet);
 }
 

@@ -6,10 +6,10 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "engine/block.h"
 #include "engine/fast_math.h"
 #include "engine/lanes.h"
 #include "engine/modes.h"
-#include "engine/run.h"
 
 namespace orvane::blocks::vesk {
 
@@ -43,14 +43,14 @@ struct Modulator {
     VESK_INLINE Pair step_phases() noexcept;
     VESK_INLINE Pair follow(Pair level) noexcept;
     // What a run of both gives.
-    VESK_INLINE Run blend(const Run& phases, const Run& followed, std::size_t n) noexcept;
+    VESK_INLINE Block blend(const Block& phases, const Block& followed, std::size_t n) noexcept;
     // One frame of all; detector is what the envelope follows.
     VESK_INLINE Pair process(Pair detector) noexcept;
     VESK_INLINE float next_random() noexcept;  // -1 up to 1
 
 private:
-    VESK_INLINE Run oscillate(const Run& phases, std::size_t n) noexcept;
-    VESK_INLINE Run oscillate_at_random(const Run& phases, std::size_t n) noexcept;
+    VESK_INLINE Block oscillate(const Block& phases, std::size_t n) noexcept;
+    VESK_INLINE Block oscillate_at_random(const Block& phases, std::size_t n) noexcept;
 };
 
 VESK_INLINE float phase_after(float phase, float step) noexcept {
@@ -68,11 +68,11 @@ VESK_INLINE float Modulator::next_random() noexcept {
     return __builtin_bit_cast(float, (s1 >> 9) | 0x40000000U) - 3.0f;
 }
 
-VESK_INLINE Run Modulator::oscillate_at_random(const Run& phases, std::size_t n) noexcept {
+VESK_INLINE Block Modulator::oscillate_at_random(const Block& phases, std::size_t n) noexcept {
     // The right channel equals the left one at 0 degrees, is a second value at 90 and the left one
     // negated at 180.
-    const float w = magnitude(phase_offset - 0.25f) * 4.0f;
-    Run swing;
+    const float w = abs(phase_offset - 0.25f) * 4.0f;
+    Block swing;
     float last = last_phase[0];
     for (std::size_t i = 0; i < n; ++i) {
         const float p = phases[i][0];
@@ -88,8 +88,8 @@ VESK_INLINE Run Modulator::oscillate_at_random(const Run& phases, std::size_t n)
     return swing;
 }
 
-VESK_INLINE Run Modulator::oscillate(const Run& phases, std::size_t n) noexcept {
-    const auto shape = [&](auto formula) VESK_LAMBDA { return map_run(n, formula, phases); };
+VESK_INLINE Block Modulator::oscillate(const Block& phases, std::size_t n) noexcept {
+    const auto shape = [&](auto formula) VESK_LAMBDA { return map_block(n, formula, phases); };
     const auto saw_up = []<class T>(T f)
                             VESK_LAMBDA { return f < 0.5f ? 2.0f * f : 2.0f * (f - 1.0f); };
     switch (waveform) {
@@ -102,8 +102,9 @@ VESK_INLINE Run Modulator::oscillate(const Run& phases, std::size_t n) noexcept 
         case waveform_mode::saw_down:
             return shape([&](auto f) VESK_LAMBDA { return -saw_up(f); });
         case waveform_mode::square:
-            return shape([]<class T>(T f)
-                             VESK_LAMBDA { return f < 0.5f ? all<T>(1.0f) : all<T>(-1.0f); });
+            return shape([]<class T>(T f) VESK_LAMBDA {
+                return f < 0.5f ? broadcast<T>(1.0f) : broadcast<T>(-1.0f);
+            });
         case waveform_mode::random:
             return oscillate_at_random(phases, n);
     }
@@ -125,19 +126,20 @@ VESK_INLINE Pair Modulator::follow(Pair level) noexcept {
     return envelope;
 }
 
-VESK_INLINE Run Modulator::blend(const Run& phases, const Run& followed, std::size_t n) noexcept {
-    const Run swing = oscillate(phases, n);
+VESK_INLINE Block Modulator::blend(const Block& phases, const Block& followed,
+                                   std::size_t n) noexcept {
+    const Block swing = oscillate(phases, n);
     last_phase = phases[n - 1];
 
     constexpr float swings_per_level = 10.0f;
-    const Run value = map_run(
+    const Block value = map_block(
         n,
         [&](auto f, auto s)
             VESK_LAMBDA { return f * swings_per_level * envelope_mix + (1.0f - envelope_mix) * s; },
         followed, swing);
-    Run out;
+    Block out;
     Pair state = smoothed;
-    const Pair k = both(smoothing_coefficient);
+    const Pair k = broadcast<Pair>(smoothing_coefficient);
     for (std::size_t i = 0; i < n; ++i) {
         state = value[i] * k + (1.0f - k) * state;
         out[i] = state;
@@ -147,8 +149,8 @@ VESK_INLINE Run Modulator::blend(const Run& phases, const Run& followed, std::si
 }
 
 VESK_INLINE Pair Modulator::process(Pair detector) noexcept {
-    const Run phases = run_of_one(step_phases());
-    return blend(phases, run_of_one(follow(magnitude(detector))), 1)[0];
+    const Block phases = block_of_one(step_phases());
+    return blend(phases, block_of_one(follow(abs(detector))), 1)[0];
 }
 
 }  // namespace orvane::blocks::vesk

@@ -6,7 +6,7 @@ ReadHead::ReadHead(std::uint64_t entries)
     : rate_left(entries), rate_right(entries), capacity(entries) {}
 
 void ReadHead::push(std::int64_t entry_left, std::int64_t entry_right) noexcept {
-    filled = smaller(filled + 1, capacity);
+    filled = min(filled + 1, capacity);
     rate_left.push(entry_left);
     rate_right.push(entry_right);
 }

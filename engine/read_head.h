@@ -9,9 +9,9 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "engine/block.h"
 #include "engine/circular_buffer.h"
 #include "engine/lanes.h"
-#include "engine/run.h"
 
 namespace orvane::blocks::vesk {
 
@@ -25,10 +25,10 @@ constexpr float largest_span = 2305843009213693952.0f;
 // What is not a number counts as the limit.
 template <class T>
 VESK_INLINE T limited_entry(T x) noexcept {
-    return smaller(x, all<T>(largest_entry));
+    return min(x, broadcast<T>(largest_entry));
 }
 VESK_INLINE float limited_span(float x) noexcept {
-    return smaller(x, largest_span);
+    return min(x, largest_span);
 }
 
 // A read position on a ring of entries.
@@ -43,10 +43,10 @@ struct Cursor {
 
 // The entries that a run pushes.
 struct Entries {
-    std::int64_t left[longest_run];
-    std::int64_t right[longest_run];
+    std::int64_t left[max_block];
+    std::int64_t right[max_block];
 
-    VESK_INLINE Entries(const Run& limited, std::size_t n) noexcept {
+    VESK_INLINE Entries(const Block& limited, std::size_t n) noexcept {
         for (std::size_t i = 0; i < n; ++i) {
             left[i] = static_cast<std::int64_t>(limited[i][0]);
             right[i] = static_cast<std::int64_t>(limited[i][1]);
@@ -55,12 +55,12 @@ struct Entries {
 };
 
 // What one channel's cursor finds, frame by frame.
-struct Findings {
-    float rest[longest_run];           // of the span behind the cursor, fixed point
-    float entry[longest_run];          // the entry the span ends in, fixed point
-    std::int32_t offset[longest_run];  // the cursor's
+struct ReadPositions {
+    float rest[max_block];           // of the span behind the cursor, fixed point
+    float entry[max_block];          // the entry the span ends in, fixed point
+    std::int32_t offset[max_block];  // the cursor's
 
-    VESK_INLINE void copy(const Findings& other, std::size_t first, std::size_t end) noexcept {
+    VESK_INLINE void copy(const ReadPositions& other, std::size_t first, std::size_t end) noexcept {
         for (std::size_t i = first; i < end; ++i) {
             rest[i] = other.rest[i];
             entry[i] = other.entry[i];
@@ -83,7 +83,7 @@ struct ReadHead {
 
     // Frames first to end - 1 of a run, with the spans of both channels in samples.
     VESK_INLINE void locate(const Entries& pushed, Pair spans, std::size_t first, std::size_t end,
-                            Findings& left, Findings& right) noexcept;
+                            ReadPositions& left, ReadPositions& right) noexcept;
     // The same frames, when this head stands where the other did and has the same span.
     VESK_INLINE void follow(const ReadHead& other, const Entries& pushed, std::size_t first,
                             std::size_t end) noexcept;
@@ -135,7 +135,7 @@ struct Scan {
     // A history too short for the span ends the scan early, and the division that follows
     // extrapolates with the oldest known entry: right at once after a reset.
     VESK_INLINE void note(std::int64_t newest, std::int64_t at, std::size_t frame,
-                          Findings& out) const noexcept {
+                          ReadPositions& out) const noexcept {
         out.rest[frame] = static_cast<float>(rest(newest));
         out.entry[frame] = static_cast<float>(entries[place]);
         out.offset[frame] = static_cast<std::int32_t>(at);
@@ -143,8 +143,8 @@ struct Scan {
 
     // How many steps stay within the history and clear of the ring's start.
     VESK_INLINE std::int64_t free_steps(std::int64_t head, std::int64_t filled) const noexcept {
-        const std::int64_t inside = smaller(offset(head) - 1, filled - 1 - offset(head));
-        return larger(smaller(inside, smaller(head, place / 2)), std::int64_t{0});
+        const std::int64_t inside = min(offset(head) - 1, filled - 1 - offset(head));
+        return max(min(inside, min(head, place / 2)), std::int64_t{0});
     }
     // Moves with a push by one entry or not at all. That is nearly always right and nobody can
     // predict which, so that it is done without a branch.
@@ -210,7 +210,8 @@ private:
 };
 
 VESK_INLINE void ReadHead::locate(const Entries& pushed, Pair spans, std::size_t first,
-                                  std::size_t end, Findings& left, Findings& right) noexcept {
+                                  std::size_t end, ReadPositions& left,
+                                  ReadPositions& right) noexcept {
     Scan l(rate_left, cursor_left, spans[0]);
     Scan r(rate_right, cursor_right, spans[1]);
     const auto size = static_cast<std::int64_t>(capacity);
@@ -223,8 +224,8 @@ VESK_INLINE void ReadHead::locate(const Entries& pushed, Pair spans, std::size_t
     for (std::size_t frame = first; frame < end; ++frame) {
         const std::size_t begin = frame;
         const auto free =
-            static_cast<std::size_t>(smaller(l.free_steps(head, valid), r.free_steps(head, valid)));
-        const std::size_t stop = smaller(end, frame + free);
+            static_cast<std::size_t>(min(l.free_steps(head, valid), r.free_steps(head, valid)));
+        const std::size_t stop = min(end, frame + free);
         const std::int64_t wrap_left = l.wrap(head);
         const std::int64_t wrap_right = r.wrap(head);
         for (; frame < stop; ++frame) {
@@ -237,11 +238,11 @@ VESK_INLINE void ReadHead::locate(const Entries& pushed, Pair spans, std::size_t
             l.note(pushed.left[frame], l.place - head + wrap_left, frame, left);
             r.note(pushed.right[frame], r.place - head + wrap_right, frame, right);
         }
-        valid = smaller(valid + static_cast<std::int64_t>(frame - begin), size);
+        valid = min(valid + static_cast<std::int64_t>(frame - begin), size);
         if (frame == end) break;
 
         // A frame that needs more.
-        valid = smaller(valid + 1, size);
+        valid = min(valid + 1, size);
         if (frame == stop) {
             head = l.newer(head);
             push(frame);

@@ -36,11 +36,11 @@ struct Lengths {
         return samples < 1 ? 1 : samples;
     }
     AllPass allpass(int length, float coefficient) const {
-        return {FrameRing(line(length)), both(coefficient)};
+        return {FrameRing(line(length)), broadcast<Pair>(coefficient)};
     }
     // Two samples more than the read point's reach, for the interpolator's two points.
     ModulatedAllPass modulated(int length) const {
-        return {FrameRing(line(length) + 2), both(allpass_in_coefficient)};
+        return {FrameRing(line(length) + 2), broadcast<Pair>(allpass_in_coefficient)};
     }
     FrameRing delay(int length) const { return FrameRing(line(length)); }
 };
@@ -84,21 +84,21 @@ Reverb::Reverb(float rate)
       tank_delay_out{Lengths{length_scale}.delay(delay_out_lengths[0]),
                      Lengths{length_scale}.delay(delay_out_lengths[1])} {
     const std::uint64_t wanted = nearest(sample_rate * predelay_time);
-    predelay_samples = smaller(wanted, predelay.size - 1);
+    predelay_samples = min(wanted, predelay.size - 1);
     for (std::size_t i = 0; i < tap_lengths.size(); ++i)
         output_taps[i] = Lengths{length_scale}.tap(tap_lengths[i]);
     for (int half = 0; half < 2; ++half)
         lfo_increment[half] =
             (1.0f / sample_rate) *
-            smaller(lfo_frequencies[static_cast<std::size_t>(half)], sample_rate * 0.5f);
+            min(lfo_frequencies[static_cast<std::size_t>(half)], sample_rate * 0.5f);
     redesign_bandwidth();
     redesign_damping();
     longest_piece_ = find_longest_piece();
 }
 
 std::size_t Reverb::find_longest_piece() const {
-    std::uint64_t longest = longest_run;
-    const auto at_most = [&longest](std::uint64_t n) { longest = smaller(longest, n); };
+    std::uint64_t longest = max_block;
+    const auto at_most = [&longest](std::uint64_t n) { longest = min(longest, n); };
     const auto room_behind = [](const FrameRing& ring, std::uint64_t distance) {
         return ring.size > distance ? ring.size - distance : 1;
     };
@@ -112,11 +112,11 @@ std::size_t Reverb::find_longest_piece() const {
 }
 
 void Reverb::redesign_bandwidth() {
-    bandwidth_filter = design_matched_lowpass(bandwidth_cutoff, both(sample_rate));
+    bandwidth_filter = design_matched_lowpass(bandwidth_cutoff, broadcast<Pair>(sample_rate));
 }
 
 void Reverb::redesign_damping() {
-    damping_filter = design_matched_lowpass(damping_cutoff, both(sample_rate));
+    damping_filter = design_matched_lowpass(damping_cutoff, broadcast<Pair>(sample_rate));
 }
 
 void Reverb::clear() noexcept {

@@ -10,10 +10,11 @@
 #include <array>
 #include <cstdint>
 
+#include "engine/block.h"
 #include "engine/circular_buffer.h"
 #include "engine/fast_math.h"
 #include "engine/lanes.h"
-#include "engine/run.h"
+#include "engine/prefetch.h"
 
 namespace orvane::blocks::vesk {
 
@@ -28,7 +29,7 @@ struct AllPass {
 
     template <class T>
     VESK_INLINE T step(T x, Pair* place) const noexcept {
-        const T c = pairs<T>(coefficient);
+        const T c = broadcast<T>(coefficient);
         const T oldest = load<T>(place);
         const T pushed = x - oldest * c;
         store(place, pushed);
@@ -44,7 +45,7 @@ struct ModulatedAllPass {
     // read is what the interpolator has read.
     template <class T>
     VESK_INLINE T step(T x, T read, Pair* place) const noexcept {
-        const T c = pairs<T>(coefficient);
+        const T c = broadcast<T>(coefficient);
         const T pushed = x - read * c;
         store(place, pushed);
         return pushed * c + read;
@@ -53,7 +54,7 @@ struct ModulatedAllPass {
 
 struct MatchedLowpass {
     Pair coefficient{};
-    Pair low_gain = both(1.0f);
+    Pair low_gain = broadcast<Pair>(1.0f);
     Pair high_gain{};
 
     // What the filter lets pass, one step, for one or two signals at once; gain is step_gain().
@@ -63,7 +64,7 @@ struct MatchedLowpass {
     // Its output for x and what passed of it.
     template <class T>
     VESK_INLINE T shelve(T x, T passed) const noexcept {
-        return pairs<T>(high_gain) * (x - passed) + pairs<T>(low_gain) * passed;
+        return broadcast<T>(high_gain) * (x - passed) + broadcast<T>(low_gain) * passed;
     }
 };
 
@@ -85,7 +86,7 @@ struct Reverb {
     float predelay_time = 0.01f;  // s
     std::uint64_t predelay_samples = 0;
     FrameRing predelay;
-    Pair bandwidth_cutoff = both(14880.5f);  // Hz
+    Pair bandwidth_cutoff = broadcast<Pair>(14880.5f);  // Hz
     MatchedLowpass bandwidth_filter;
     Pair bandwidth_state{};
     std::array<AllPass, 4> diffusers;  // in signal order
@@ -98,7 +99,7 @@ struct Reverb {
     Pair damping_cutoff = bandwidth_cutoff;   // Hz
     MatchedLowpass damping_filter;            // of both halves
     std::array<Pair, 2> damping_state{};
-    Pair decay = both(0.5f);  // tank gain, both sides equal
+    Pair decay = broadcast<Pair>(0.5f);  // tank gain, both sides equal
     std::array<std::uint64_t, tap_count> output_taps{};
 
     explicit Reverb(float rate);  // throws std::bad_alloc
@@ -107,15 +108,15 @@ struct Reverb {
     void clear() noexcept;  // contents and states; coefficients and decay stay
 
     // Asks for what the next n frames meet.
-    VESK_INLINE void prefetch_run(std::size_t n) const noexcept;
+    VESK_INLINE void prefetch_block(std::size_t n) const noexcept;
     // The oscillators' phases of the next frame.
     VESK_INLINE Pair phases_after(Pair phases) const noexcept;
     // (a of the left lane, b of the right lane) of each frame, with the oscillators' phases.
-    VESK_INLINE Run process(const Run& x, const Run& phases, std::size_t n) noexcept;
+    VESK_INLINE Block process(const Block& x, const Block& phases, std::size_t n) noexcept;
     VESK_INLINE Sums<Pair> process(Pair x) noexcept {
-        const Run phases = run_of_one(lfo_phase);
+        const Block phases = block_of_one(lfo_phase);
         lfo_phase = phases_after(lfo_phase);
-        pass(run_of_one(x), phases, 1);
+        pass(block_of_one(x), phases, 1);
         return sum_taps<Pair>(taps(), 0);
     }
 
@@ -126,17 +127,18 @@ private:
     // What the recursive parts give for a piece; none of them waits for the piece's own input but
     // the first.
     struct Recursions {
-        Run band_passed;                  // of the predelayed input, by bandwidth_filter
-        std::array<Run, 2> damp_passed;   // of the ends of tank_delay_in, by damping_filter
-        std::array<Run, 2> interpolated;  // by tank_allpass_in
+        Block band_passed;                  // of the predelayed input, by bandwidth_filter
+        std::array<Block, 2> damp_passed;   // of the ends of tank_delay_in, by damping_filter
+        std::array<Block, 2> interpolated;  // by tank_allpass_in
     };
     using Taps = std::array<const Pair*, tap_count>;
     using TappedRings = std::array<const FrameRing*, tap_count>;
 
-    VESK_INLINE void pass(const Run& x, const Run& phases, std::size_t n) noexcept;
+    VESK_INLINE void pass(const Block& x, const Block& phases, std::size_t n) noexcept;
     // Delays of tank_allpass_in in samples, half by half and in the order of the phases.
-    VESK_INLINE Run sway(const Run& phases, std::size_t n) const noexcept;
-    VESK_INLINE Recursions recur(const Pair* predelayed, const Run& phases, std::size_t n) noexcept;
+    VESK_INLINE Block sway(const Block& phases, std::size_t n) const noexcept;
+    VESK_INLINE Recursions recur(const Pair* predelayed, const Block& phases,
+                                 std::size_t n) noexcept;
     VESK_INLINE void pass_network(const Pair* predelayed, const Recursions& recursions,
                                   std::size_t n) noexcept;
     VESK_INLINE TappedRings tapped_rings() const noexcept;
@@ -146,7 +148,7 @@ private:
     VESK_INLINE static Sums<T> sum_taps(const Taps& taps, std::size_t i) noexcept;
 
     // Frames that may go together: no stage reads what the same piece pushes, and no tap what it
-    // overwrites. Below longest_run at low rates only.
+    // overwrites. Below max_block at low rates only.
     std::size_t longest_piece_ = 1;
     std::size_t find_longest_piece() const;
 };
@@ -164,18 +166,18 @@ VESK_INLINE Pair Reverb::phases_after(Pair phases) const noexcept {
     return moved >= 1.0f ? moved - 1.0f : moved;
 }
 
-VESK_INLINE Run Reverb::sway(const Run& phases, std::size_t n) const noexcept {
-    return map_run(
+VESK_INLINE Block Reverb::sway(const Block& phases, std::size_t n) const noexcept {
+    return map_block(
         n,
         [this]<class T>(T p) VESK_LAMBDA {
             constexpr float excursion = 8.0f;  // samples at 29761 Hz, either way
-            const T lengths = pairs<T>(672.0f, 908.0f);
+            const T lengths = broadcast<T>(672.0f, 908.0f);
             return ((fast_sine_cycle(p) + 1.0f) * excursion + lengths) * length_scale;
         },
         phases);
 }
 
-VESK_INLINE Reverb::Recursions Reverb::recur(const Pair* predelayed, const Run& phases,
+VESK_INLINE Reverb::Recursions Reverb::recur(const Pair* predelayed, const Block& phases,
                                              std::size_t n) noexcept {
     ModulatedAllPass& m0 = tank_allpass_in[0];
     ModulatedAllPass& m1 = tank_allpass_in[1];
@@ -187,49 +189,49 @@ VESK_INLINE Reverb::Recursions Reverb::recur(const Pair* predelayed, const Run& 
                                   VESK_LAMBDA { return static_cast<std::int32_t>(x); };
     const IntPair size{whole_number(m0.ring.size), whole_number(m1.ring.size)};
     const IntPair head{whole_number(m0.ring.head), whole_number(m1.ring.head)};
-    const Pair most = floats(size - 2);
-    const Run delays = sway(phases, n);
-    Run weight;
-    IntPair place[longest_run];
-    in_fours(n, [&]<class T>(std::size_t i) VESK_LAMBDA {
+    const Pair most = to_float(size - 2);
+    const Block delays = sway(phases, n);
+    Block weight;
+    IntPair place[max_block];
+    for_each_vector(n, [&]<class T>(std::size_t i) VESK_LAMBDA {
         const T e = delays.at<T>(i) - 1.0f;
-        const T position = pairs<T>(most) >= e ? larger(e, T{}) : pairs<T>(most);
-        const Integers<T> whole_part = whole(position);
-        const T t = position - floats(whole_part);
+        const T position = broadcast<T>(most) >= e ? max(e, T{}) : broadcast<T>(most);
+        const Integers<T> whole_part = to_int(position);
+        const T t = position - to_float(whole_part);
         weight.set(i, (1.0f - t) / (1.0f + t));
         // The piece's own pushes are still to come: the distance is that much shorter.
-        const Integers<T> at = whole_part + pairs<T>(head) - frames_from<T>(i);
-        store(place + i, at >= pairs<T>(size) ? at - pairs<T>(size) : at);
+        const Integers<T> at = whole_part + broadcast<T>(head) - frame_indices<T>(i);
+        store(place + i, at >= broadcast<T>(size) ? at - broadcast<T>(size) : at);
     });
 
     const Pair band_gain = bandwidth_filter.step_gain();
-    const Quad damp_gain = quad(damping_filter.step_gain(), damping_filter.step_gain());
+    const Quad damp_gain = combine(damping_filter.step_gain(), damping_filter.step_gain());
     Pair band = bandwidth_state;
-    Quad damp = quad(damping_state[0], damping_state[1]);
-    Quad between = quad(m0.interpolator_state, m1.interpolator_state);
+    Quad damp = combine(damping_state[0], damping_state[1]);
+    Quad between = combine(m0.interpolator_state, m1.interpolator_state);
     Recursions out;
     // Three chains side by side, each of which would wait for itself alone.
     for (std::size_t i = 0; i < n; ++i) {
         const std::size_t to = n - 1 - i;
         out.band_passed[to] = MatchedLowpass::pass(predelayed[to], band, band_gain);
 
-        const Quad damped = MatchedLowpass::pass(quad(end0[to], end1[to]), damp, damp_gain);
-        out.damp_passed[0][to] = low_half(damped);
-        out.damp_passed[1][to] = high_half(damped);
+        const Quad damped = MatchedLowpass::pass(combine(end0[to], end1[to]), damp, damp_gain);
+        out.damp_passed[0][to] = lower_half(damped);
+        out.damp_passed[1][to] = upper_half(damped);
 
         const Quad p0 = load<Quad>(m0.ring.storage.get() + place[i][0]);
         const Quad p1 = load<Quad>(m1.ring.storage.get() + place[i][1]);
         const Pair w = weight[i];
         const Quad a = __builtin_shufflevector(w, w, 0, 0, 1, 1);
-        between =
-            (quad(low_half(p0), low_half(p1)) - between) * a + quad(high_half(p0), high_half(p1));
-        out.interpolated[0][to] = low_half(between);
-        out.interpolated[1][to] = high_half(between);
+        between = (combine(lower_half(p0), lower_half(p1)) - between) * a +
+                  combine(upper_half(p0), upper_half(p1));
+        out.interpolated[0][to] = lower_half(between);
+        out.interpolated[1][to] = upper_half(between);
     }
     bandwidth_state = band;
-    damping_state = {low_half(damp), high_half(damp)};
-    m0.interpolator_state = low_half(between);
-    m1.interpolator_state = high_half(between);
+    damping_state = {lower_half(damp), upper_half(damp)};
+    m0.interpolator_state = lower_half(between);
+    m1.interpolator_state = upper_half(between);
     return out;
 }
 
@@ -244,14 +246,14 @@ VESK_INLINE void Reverb::pass_network(const Pair* predelayed, const Recursions& 
     for (std::size_t k = 0; k < diffusers.size(); ++k) diffusers[k].last_read = *diffused[k];
     for (std::size_t h = 0; h < 2; ++h) tank_allpass_out[h].last_read = *out[h];
 
-    in_fours(n, [&]<class T>(std::size_t i) VESK_LAMBDA {
+    for_each_vector(n, [&]<class T>(std::size_t i) VESK_LAMBDA {
         T y = bandwidth_filter.shelve(load<T>(predelayed + i), recursions.band_passed.at<T>(i));
         y = diffusers[0].step(y, diffused[0] + i);
         y = diffusers[1].step(y, diffused[1] + i);
         y = diffusers[2].step(y, diffused[2] + i);
         y = diffusers[3].step(y, diffused[3] + i);
         // Each half takes the other's end, read before anything is pushed.
-        const T gain = pairs<T>(decay);
+        const T gain = broadcast<T>(decay);
         const T into1 = y + gain * load<T>(delay_out[0] + i);
         const T into0 = y + gain * load<T>(delay_out[1] + i);
         const auto half = [&](std::size_t h, T into) VESK_LAMBDA {
@@ -300,7 +302,7 @@ VESK_INLINE Reverb::Sums<T> Reverb::sum_taps(const Taps& taps, std::size_t i) no
     return {sum(0), sum(tap_count / 2)};
 }
 
-VESK_INLINE void Reverb::prefetch_run(std::size_t n) const noexcept {
+VESK_INLINE void Reverb::prefetch_block(std::size_t n) const noexcept {
     if (n > longest_piece_) [[unlikely]]
         return;  // some ring is shorter than the run
     const auto pushes = [n](const FrameRing& ring) VESK_LAMBDA { prefetch(ring.room(n), n); };
@@ -316,33 +318,33 @@ VESK_INLINE void Reverb::prefetch_run(std::size_t n) const noexcept {
     for (const Pair* place : taps()) prefetch(place - n, n);
 }
 
-VESK_INLINE void Reverb::pass(const Run& x, const Run& phases, std::size_t n) noexcept {
+VESK_INLINE void Reverb::pass(const Block& x, const Block& phases, std::size_t n) noexcept {
     Pair* const in = predelay.room(n);
-    in_fours(n, [&]<class T>(std::size_t i) VESK_LAMBDA {
-        store(in + n - i - frames_of<T>, reversed<sizeof(Pair)>(x.at<T>(i)));
+    for_each_vector(n, [&]<class T>(std::size_t i) VESK_LAMBDA {
+        store(in + n - i - frames_per<T>, reverse<sizeof(Pair)>(x.at<T>(i)));
     });
     predelay.pushed(n);
     const Pair* const predelayed = predelay.run_at(predelay_samples);
     pass_network(predelayed, recur(predelayed, phases, n), n);
 }
 
-VESK_INLINE Run Reverb::process(const Run& x, const Run& phases, std::size_t n) noexcept {
+VESK_INLINE Block Reverb::process(const Block& x, const Block& phases, std::size_t n) noexcept {
     const auto heard = [this](std::size_t count, Pair* out) VESK_LAMBDA {
         const Taps places = taps();
-        in_fours(count, [&]<class T>(std::size_t i) VESK_LAMBDA {
+        for_each_vector(count, [&]<class T>(std::size_t i) VESK_LAMBDA {
             const Sums<T> sums = sum_taps<T>(places, i);
-            store(out + count - i - frames_of<T>,
-                  reversed<sizeof(Pair)>(left_and_right(sums.a, sums.b)));
+            store(out + count - i - frames_per<T>,
+                  reverse<sizeof(Pair)>(merge_left_right(sums.a, sums.b)));
         });
     };
-    Run out;
+    Block out;
     if (n <= longest_piece_) [[likely]] {
         pass(x, phases, n);
         heard(n, out.frames);
         return out;
     }
     for (std::size_t first = 0; first < n; first += longest_piece_) {
-        const std::size_t count = smaller(longest_piece_, n - first);
+        const std::size_t count = min(longest_piece_, n - first);
         pass(x.slice(first, count), phases.slice(first, count), count);
         heard(count, out.frames + first);
     }

@@ -60,7 +60,7 @@ SampleBank<N>::SampleBank(float rate)
 template <std::size_t N>
 void SampleBank<N>::set_morph(float position) {
     const float x = position * static_cast<float>(N - 1);
-    index = smaller(static_cast<std::uint64_t>(x), static_cast<std::uint64_t>(N - 2));
+    index = min(static_cast<std::uint64_t>(x), static_cast<std::uint64_t>(N - 2));
     const float r = x - static_cast<float>(index);
     gain_a = std::sin((1.0f - r) * half_pi);
     gain_b = std::sin(r * half_pi);

@@ -9,9 +9,10 @@
 #include <cstdint>
 #include <vector>
 
+#include "engine/block.h"
 #include "engine/fast_math.h"
 #include "engine/lanes.h"
-#include "engine/run.h"
+#include "engine/prefetch.h"
 
 namespace orvane::blocks::vesk {
 
@@ -37,7 +38,7 @@ struct SamplePlayer {
     VESK_INLINE bool plays_whole_samples(std::size_t n) const noexcept {
         const auto i = static_cast<std::int64_t>(position);
         return increment == 1.0 && position == static_cast<double>(i) &&
-               static_cast<std::uint64_t>(i) + n + lanes_of<Oct> <= table->length;
+               static_cast<std::uint64_t>(i) + n + lane_count<Oct> <= table->length;
     }
     // The sample at the position, later ones behind it.
     VESK_INLINE const float* place() const noexcept {
@@ -62,7 +63,7 @@ struct SampleBank {
     void rewind() noexcept;          // every player, sounding or not
     // Asks for what the next n values meet. The wobble is what a run needs first, with nobody to
     // hide behind: a bank asks for what lies a common vector ahead, too.
-    VESK_INLINE void prefetch_run(std::size_t n) const noexcept {
+    VESK_INLINE void prefetch_block(std::size_t n) const noexcept {
         constexpr std::ptrdiff_t common_vector = 64;
         for (std::uint64_t i = index; i < index + 2; ++i) {
             prefetch(players[i].place(), n);
@@ -72,7 +73,7 @@ struct SampleBank {
     // n values; room for a whole vector more behind them.
     VESK_INLINE void next(float* values, std::size_t n) noexcept;
     VESK_INLINE float next() noexcept {
-        float value[lanes_of<Oct>];
+        float value[lane_count<Oct>];
         next(value, 1);
         return value[0];
     }
@@ -109,7 +110,7 @@ VESK_INLINE void SampleBank<N>::next(float* values, std::size_t n) noexcept {
         // At whole positions the interpolation gives the sample itself.
         const float* const x = pair[0].whole_samples(n);
         const float* const y = pair[1].whole_samples(n);
-        for (std::size_t i = 0; i < n; i += lanes_of<Oct>)
+        for (std::size_t i = 0; i < n; i += lane_count<Oct>)
             store(values + i, load<Oct>(x + i) * gain_a + load<Oct>(y + i) * gain_b);
         return;
     }
