@@ -227,12 +227,12 @@ VESK_INLINE void prefetch_block(const Vesk& engine, std::size_t n) noexcept {
 VESK_INLINE Block process_block(Vesk& engine, const Block& x, std::size_t n) noexcept {
     const ControlSignals followed = run_control_stages(engine, x, n);
     const ReadPlan plan = engine.plan_reads(read_speed(engine, followed, n), n);
-    std::size_t piece = plan.free_frames(0, n);
+    std::size_t piece = plan.max_sub_block(0, n);
     if (piece == n) [[likely]]
         return process_sub_block(engine, x, followed, plan, 0, n);
     Block out;
     for (std::size_t first = 0; first < n; first += piece) {
-        piece = plan.free_frames(first, n);
+        piece = plan.max_sub_block(first, n);
         const Block y = process_sub_block(engine, x.slice(first, piece),
                                           followed.slice(first, piece), plan, first, piece);
         for (std::size_t i = 0; i < piece; ++i) out[first + i] = y[i];

@@ -2,8 +2,7 @@
 
 namespace orvane::blocks::vesk {
 
-ReadHead::ReadHead(std::uint64_t entries)
-    : rate_left(entries), rate_right(entries), capacity(entries) {}
+ReadHead::ReadHead(std::uint64_t size) : rate_left(size), rate_right(size), capacity(size) {}
 
 void ReadHead::push(std::int64_t entry_left, std::int64_t entry_right) noexcept {
     filled = min(filled + 1, capacity);

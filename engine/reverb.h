@@ -181,8 +181,8 @@ VESK_INLINE Reverb::Recursions Reverb::recur(const Pair* predelayed, const Block
                                              std::size_t n) noexcept {
     ModulatedAllPass& m0 = tank_allpass_in[0];
     ModulatedAllPass& m1 = tank_allpass_in[1];
-    const Pair* const end0 = tank_delay_in[0].room(n);
-    const Pair* const end1 = tank_delay_in[1].room(n);
+    const Pair* const end0 = tank_delay_in[0].write_pointer(n);
+    const Pair* const end1 = tank_delay_in[1].write_pointer(n);
 
     // Where between two samples each interpolator reads: their places, and the weight between them.
     const auto whole_number = [](std::uint64_t x)
@@ -237,12 +237,16 @@ VESK_INLINE Reverb::Recursions Reverb::recur(const Pair* predelayed, const Block
 
 VESK_INLINE void Reverb::pass_network(const Pair* predelayed, const Recursions& recursions,
                                       std::size_t n) noexcept {
-    Pair* const diffused[] = {diffusers[0].ring.room(n), diffusers[1].ring.room(n),
-                              diffusers[2].ring.room(n), diffusers[3].ring.room(n)};
-    Pair* const in[] = {tank_allpass_in[0].ring.room(n), tank_allpass_in[1].ring.room(n)};
-    Pair* const delay_in[] = {tank_delay_in[0].room(n), tank_delay_in[1].room(n)};
-    Pair* const out[] = {tank_allpass_out[0].ring.room(n), tank_allpass_out[1].ring.room(n)};
-    Pair* const delay_out[] = {tank_delay_out[0].room(n), tank_delay_out[1].room(n)};
+    Pair* const diffused[] = {
+        diffusers[0].ring.write_pointer(n), diffusers[1].ring.write_pointer(n),
+        diffusers[2].ring.write_pointer(n), diffusers[3].ring.write_pointer(n)};
+    Pair* const in[] = {tank_allpass_in[0].ring.write_pointer(n),
+                        tank_allpass_in[1].ring.write_pointer(n)};
+    Pair* const delay_in[] = {tank_delay_in[0].write_pointer(n), tank_delay_in[1].write_pointer(n)};
+    Pair* const out[] = {tank_allpass_out[0].ring.write_pointer(n),
+                         tank_allpass_out[1].ring.write_pointer(n)};
+    Pair* const delay_out[] = {tank_delay_out[0].write_pointer(n),
+                               tank_delay_out[1].write_pointer(n)};
     for (std::size_t k = 0; k < diffusers.size(); ++k) diffusers[k].last_read = *diffused[k];
     for (std::size_t h = 0; h < 2; ++h) tank_allpass_out[h].last_read = *out[h];
 
@@ -267,12 +271,12 @@ VESK_INLINE void Reverb::pass_network(const Pair* predelayed, const Recursions& 
         half(1, into1);
     });
 
-    for (AllPass& stage : diffusers) stage.ring.pushed(n);
+    for (AllPass& stage : diffusers) stage.ring.advance(n);
     for (std::size_t h = 0; h < 2; ++h) {
-        tank_allpass_in[h].ring.pushed(n);
-        tank_delay_in[h].pushed(n);
-        tank_allpass_out[h].ring.pushed(n);
-        tank_delay_out[h].pushed(n);
+        tank_allpass_in[h].ring.advance(n);
+        tank_delay_in[h].advance(n);
+        tank_allpass_out[h].ring.advance(n);
+        tank_delay_out[h].advance(n);
     }
 }
 
@@ -288,7 +292,8 @@ VESK_INLINE Reverb::TappedRings Reverb::tapped_rings() const noexcept {
 VESK_INLINE Reverb::Taps Reverb::taps() const noexcept {
     const auto rings = tapped_rings();
     Taps places;
-    for (std::size_t t = 0; t < places.size(); ++t) places[t] = rings[t]->run_at(output_taps[t]);
+    for (std::size_t t = 0; t < places.size(); ++t)
+        places[t] = rings[t]->pointer_at(output_taps[t]);
     return places;
 }
 
@@ -305,9 +310,10 @@ VESK_INLINE Reverb::Sums<T> Reverb::sum_taps(const Taps& taps, std::size_t i) no
 VESK_INLINE void Reverb::prefetch_block(std::size_t n) const noexcept {
     if (n > longest_piece_) [[unlikely]]
         return;  // some ring is shorter than the run
-    const auto pushes = [n](const FrameRing& ring) VESK_LAMBDA { prefetch(ring.room(n), n); };
+    const auto pushes = [n](const FrameRing& ring)
+                            VESK_LAMBDA { prefetch(ring.write_pointer(n), n); };
     pushes(predelay);
-    prefetch(predelay.run_at(predelay_samples) - n, n);
+    prefetch(predelay.pointer_at(predelay_samples) - n, n);
     for (const AllPass& stage : diffusers) pushes(stage.ring);
     for (std::size_t h = 0; h < 2; ++h) {
         pushes(tank_allpass_in[h].ring);
@@ -319,12 +325,12 @@ VESK_INLINE void Reverb::prefetch_block(std::size_t n) const noexcept {
 }
 
 VESK_INLINE void Reverb::pass(const Block& x, const Block& phases, std::size_t n) noexcept {
-    Pair* const in = predelay.room(n);
+    Pair* const in = predelay.write_pointer(n);
     for_each_vector(n, [&]<class T>(std::size_t i) VESK_LAMBDA {
         store(in + n - i - frames_per<T>, reverse<sizeof(Pair)>(x.at<T>(i)));
     });
-    predelay.pushed(n);
-    const Pair* const predelayed = predelay.run_at(predelay_samples);
+    predelay.advance(n);
+    const Pair* const predelayed = predelay.pointer_at(predelay_samples);
     pass_network(predelayed, recur(predelayed, phases, n), n);
 }
 
