@@ -52,7 +52,7 @@ VESK_INLINE ControlSignals run_control_stages(Vesk& engine, const Block& x,
         if (gate_on) out.gate_gain[i] = broadcast<Pair>(gate.step(peak[i][0]));
         if (duck_on) out.reduction[i] = ducker.step(target[i]);
         out.sway[i] = sway;
-        if (reverb_on) sway = engine.reverb.phases_after(sway);
+        if (reverb_on) sway = engine.reverb.next_lfo_phase(sway);
     }
     engine.modulator.phase = modulator.phase;
     engine.modulator.envelope = modulator.envelope;
