@@ -1,5 +1,5 @@
-// Two units that listen to the raw input and change another signal: a gate on what enters the
-// lines, a ducker on what leaves them.
+// Two side-chained dynamics units, both keyed by the raw input: a gate on the input of the delay
+// lines and a ducker on the wet output.
 #pragma once
 
 #include <cstddef>
@@ -10,27 +10,28 @@
 
 namespace orvane::blocks::vesk {
 
-// Passes a signal while the input is loud enough: a peak hold, a switch with two thresholds and a
-// smoothed gain. It has no hold time but the decay of the level, and no floor.
+// Opens while the key input is loud enough: a peak detector, a switch with hysteresis and a
+// smoothed gain. The only hold time is the detector's decay; a closed gate falls to silence.
 struct Gate {
     float gate_sample_rate;  // Hz
     bool gate_open = false;
     float gate_gain = 0.0f;               // 0 to 1
-    float gate_envelope = 0.0f;           // peak-hold level, linear
-    float gate_peak_coefficient;          // of 30 ms
+    float gate_envelope = 0.0f;           // of the peak detector, linear
+    float gate_peak_coefficient;          // decay of the envelope, of 30 ms
     float gate_attack_coefficient;        // of 1 ms
     float gate_release_time = 0.05f;      // s
     float gate_release_coefficient;       // of gate_release_time
-    float gate_close_threshold = 0.125f;  // linear; at or under it the switch falls
-    float gate_open_threshold = 0.25f;    // linear; over it the switch rises
+    float gate_close_threshold = 0.125f;  // linear; closes at or under it
+    float gate_open_threshold = 0.25f;    // linear; opens over it
 
     explicit Gate(float rate);
-    void set_gate_threshold(float db);  // 6 dB of hysteresis below it
+    void set_gate_threshold(float db);  // closes 6 dB below it
     void set_gate_release(float seconds);
     void reset_gate() noexcept;
 
-    // The louder side of a run's raw input, and what one frame of it does to the gain.
+    // The key signal: the greater absolute value of the two channels, in both lanes.
     VESK_INLINE static Block peaks(const Block& input, std::size_t n) noexcept;
+    // One frame of the recursive part: gives the gain.
     VESK_INLINE float step(float peak) noexcept;
 };
 
@@ -51,25 +52,20 @@ struct Ducker {
     void set_release(float seconds);
     void reset() noexcept { reduction_db = Pair{}; }
 
-    // Where the detector wants the gain to go, dB, and one frame's step towards it.
+    // The static curve: the gain change in dB that each detector value calls for.
     VESK_INLINE Block targets(const Block& detector, std::size_t n) const noexcept;
+    // One frame of the recursive part, the smoothing: gives reduction_db.
     VESK_INLINE Pair step(Pair target) noexcept;
+    // Applies the gain changes, in dB, to wet.
     VESK_INLINE void apply(Block& wet, const Block& reduction, std::size_t n) const noexcept;
-    // One frame of all.
-    VESK_INLINE Pair process(Pair wet, Pair detector) noexcept {
-        const Block reduction = block_of_one(step(targets(block_of_one(detector), 1)[0]));
-        Block ducked = block_of_one(wet);
-        apply(ducked, reduction, 1);
-        return ducked[0];
-    }
 };
 
 VESK_INLINE Block Gate::peaks(const Block& input, std::size_t n) noexcept {
     return map_block(
         n,
         []<class T>(T x) VESK_LAMBDA {
-            const T size = abs(x);
-            return max(dup_right(size), dup_left(size));
+            const T level = abs(x);
+            return max(dup_right(level), dup_left(level));
         },
         input);
 }
@@ -78,7 +74,7 @@ VESK_INLINE float Gate::step(float peak) noexcept {
     gate_envelope = max((1.0f - gate_peak_coefficient) * gate_envelope, peak);
     gate_open =
         (gate_open || gate_envelope > gate_open_threshold) && gate_envelope > gate_close_threshold;
-    // Both ways out of what they share: a choice between two results, not a branch.
+    // Both gains are computed, so that the choice is a select and no branch.
     const float opening = gate_attack_coefficient + (1.0f - gate_attack_coefficient) * gate_gain;
     const float closing = (1.0f - gate_release_coefficient) * gate_gain;
     gate_gain = gate_open ? opening : closing;
@@ -90,8 +86,8 @@ VESK_INLINE Block Ducker::targets(const Block& detector, std::size_t n) const no
         n,
         [this]<class T>(T d) VESK_LAMBDA {
             constexpr float detector_floor = 1e-6f;  // keeps the logarithm's argument positive
-            const T size = abs(d);
-            const T level = size < detector_floor ? broadcast<T>(detector_floor) : size;
+            const T raw = abs(d);
+            const T level = raw < detector_floor ? broadcast<T>(detector_floor) : raw;
             const T over = fast_gain_to_db(level) - broadcast<T>(threshold_db);
             return (broadcast<T>(slope) - 1.0f) * (over >= 0.0f ? over : T{});
         },
@@ -99,10 +95,9 @@ VESK_INLINE Block Ducker::targets(const Block& detector, std::size_t n) const no
 }
 
 VESK_INLINE Pair Ducker::step(Pair target) noexcept {
-    // At equality it is the release.
-    const Pair back = (1.0f - release_coefficient) * reduction_db + target * release_coefficient;
-    const Pair down = (1.0f - attack_coefficient) * reduction_db + target * attack_coefficient;
-    reduction_db = target >= reduction_db ? back : down;
+    const Pair release = (1.0f - release_coefficient) * reduction_db + target * release_coefficient;
+    const Pair attack = (1.0f - attack_coefficient) * reduction_db + target * attack_coefficient;
+    reduction_db = target >= reduction_db ? release : attack;
     return reduction_db;
 }
 

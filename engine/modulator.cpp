@@ -8,7 +8,7 @@ namespace {
 constexpr float envelope_attack_time = 0.008f;   // s
 constexpr float envelope_release_time = 0.222f;  // s
 
-// The two draws are the engine's only non-determinism.
+// The only non-determinism of the engine.
 std::array<std::uint32_t, 2> draw_seed() {
     std::random_device source;
     const auto first = static_cast<std::uint32_t>(source());

@@ -48,7 +48,7 @@ VESK_INLINE ControlSignals run_control_stages(Vesk& engine, const Block& x,
     ControlSignals out;
     for (std::size_t i = 0; i < n; ++i) {
         out.phases[i] = modulator.step_phases();
-        out.envelope[i] = modulator.follow(level[i]);
+        out.envelope[i] = modulator.step_envelope(level[i]);
         if (gate_on) out.gate_gain[i] = broadcast<Pair>(gate.step(peak[i][0]));
         if (duck_on) out.reduction[i] = ducker.step(target[i]);
         out.sway[i] = sway;
