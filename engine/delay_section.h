@@ -32,6 +32,7 @@ struct DelaySection {
     std::uint64_t delay_filled = 0;           // samples that may be read, at most delay_capacity
 
     bool repitch = true;
+    EntryRings entry_rings;  // of the mode in use
     ReadHead tape_head;
     Pair smoothed_delay{};              // samples, repitch
     float delay_smoothing_time = 0.4f;  // s
@@ -88,23 +89,18 @@ VESK_INLINE Pair DelaySection::wanted_delay() const noexcept {
 }
 
 VESK_INLINE void DelaySection::prefetch_block(std::size_t n) const noexcept {
-    const auto prefetch_writes = [&](const ReadHead& head) VESK_LAMBDA {
-        prefetch(head.rate_left.write_pointer(n), n);
-        prefetch(head.rate_right.write_pointer(n), n);
-    };
     // The position on the line is within a sample or two of the cursor's offset.
     const auto prefetch_reads = [&](const ReadHead& head) VESK_LAMBDA {
-        prefetch(head.rate_left.pointer_at(head.cursor_left.offset) - n, n);
-        prefetch(head.rate_right.pointer_at(head.cursor_right.offset) - n, n);
+        prefetch(entry_rings.rate_left.pointer_at(head.cursor_left.offset) - n, n);
+        prefetch(entry_rings.rate_right.pointer_at(head.cursor_right.offset) - n, n);
         prefetch(delay_left.pointer_at(head.cursor_left.offset) - n, n);
         prefetch(delay_right.pointer_at(head.cursor_right.offset) - n, n);
     };
+    prefetch(entry_rings.rate_left.write_pointer(n), n);
+    prefetch(entry_rings.rate_right.write_pointer(n), n);
     if (repitch) {
-        prefetch_writes(tape_head);
         prefetch_reads(tape_head);
     } else {
-        prefetch_writes(crossfade_heads[0]);
-        prefetch_writes(crossfade_heads[1]);
         prefetch_reads(crossfade_heads[0]);
         if (!heads_equal()) prefetch_reads(crossfade_heads[1]);
     }
@@ -154,8 +150,12 @@ VESK_INLINE void DelaySection::plan_tape(const Block& rate, std::size_t n,
     const Block limited = map_block(
         n, [](auto r, auto d) VESK_LAMBDA { return limited_entry((r / d) * fixed_point_one); },
         rate, delay);
-    tape_head.locate(Entries(limited, n), broadcast<Pair>(1.0f), 0, n, plan.channels[0].found,
-                     plan.channels[1].found);
+    const Entries entries(limited, n);
+    RingPosition position(entry_rings);
+    entry_rings.push(entries, n);
+    tape_head.locate(entry_rings, position, entries, broadcast<Pair>(1.0f), 0, n,
+                     plan.channels[0].found, plan.channels[1].found);
+    entry_rings.filled = static_cast<std::uint64_t>(position.filled);
 }
 
 VESK_INLINE void DelaySection::begin_crossfade() noexcept {
@@ -188,6 +188,8 @@ VESK_INLINE void DelaySection::plan_crossfade(const Block& rate, std::size_t n,
     const Block limited = map_block(
         n, [](auto r) VESK_LAMBDA { return limited_entry(r * fixed_point_one); }, rate);
     const Entries entries(limited, n);
+    RingPosition position(entry_rings);
+    entry_rings.push(entries, n);
     auto& [h0, h1] = crossfade_heads;
     auto& [left0, right0, left1, right1] = plan.channels;
     for (std::size_t first = 0, end = 0; first < n; first = end) {
@@ -195,12 +197,16 @@ VESK_INLINE void DelaySection::plan_crossfade(const Block& rate, std::size_t n,
         // Up to the end of the fade or of the block the spans are constant.
         end = crossfade_remaining == 0 ? first + 1 : min(n, first + crossfade_remaining);
         const bool equal = heads_equal();
-        h0.locate(entries, head_delay[0], first, end, left0.found, right0.found);
+        const RingPosition at_first = position;
+        h0.locate(entry_rings, position, entries, head_delay[0], first, end, left0.found,
+                  right0.found);
         if (!equal || end - first < n) plan.one_position = false;
         if (!equal) {
-            h1.locate(entries, head_delay[1], first, end, left1.found, right1.found);
+            position = at_first;
+            h1.locate(entry_rings, position, entries, head_delay[1], first, end, left1.found,
+                      right1.found);
         } else {
-            h1.mirror(h0, entries, first, end);
+            h1 = h0;
             if (!plan.one_position) {
                 left1.found.copy(left0.found, first, end);
                 right1.found.copy(right0.found, first, end);
@@ -219,6 +225,7 @@ VESK_INLINE void DelaySection::plan_crossfade(const Block& rate, std::size_t n,
         crossfade_position = weight_of(end);
         crossfade_remaining -= end - first;
     }
+    entry_rings.filled = static_cast<std::uint64_t>(position.filled);
 }
 
 VESK_INLINE Block DelaySection::read_delay(const ReadPlan& plan, std::size_t first,

@@ -1,6 +1,6 @@
 // A read head: finds where on the delay line each channel reads.
 //
-// Its read position is no fixed distance from the write position. In step with the audio it keeps
+// Its read position is no fixed distance from the write position. In step with the audio there is
 // one fixed-point entry per sample: the share of the way from write to read that this sample's
 // stretch of line accounts for. It reads where the newest entries add up to a fixed span. The
 // stretch between write and read thus behaves like tape: what was recorded at one speed stays
@@ -30,40 +30,58 @@ struct Entries {
     }
 };
 
-struct ReadHead {
-    CircularBuffer<std::int64_t> rate_left;  // entries, fixed point with 32 fractional bits
+// The latest entries of both channels. All heads read the same rings: the two heads of crossfade
+// mode see equal entries, and of the two modes only one is in use at a time.
+//
+// A block's entries are pushed before its frames are located. So that they overwrite nothing that
+// the first of these frames may still read, the rings are a block longer than the history.
+struct EntryRings {
+    CircularBuffer<std::int64_t> rate_left;  // fixed point with 32 fractional bits
     CircularBuffer<std::int64_t> rate_right;
-    Cursor cursor_left;
-    Cursor cursor_right;
-    std::uint64_t capacity = 0;  // size of both rings
+    std::uint64_t capacity = 0;  // of the history: entries that may be read
     std::uint64_t filled = 0;    // entries that are valid, at most capacity
 
-    explicit ReadHead(std::uint64_t size);
+    explicit EntryRings(std::uint64_t history);
     void seed(std::int64_t entry_left, std::int64_t entry_right) noexcept;
-    void push(std::int64_t entry_left, std::int64_t entry_right) noexcept;
-
-    // For frames first to end - 1 of a block: pushes each frame's entries and moves both cursors.
-    // spans are those of the two channels, in samples.
-    VESK_INLINE void locate(const Entries& entries, Pair spans, std::size_t first, std::size_t end,
-                            ReadPositions& left, ReadPositions& right) noexcept;
-    // The same frames after source has located them, when both heads had equal cursors and spans.
-    VESK_INLINE void mirror(const ReadHead& source, const Entries& entries, std::size_t first,
-                            std::size_t end) noexcept;
+    VESK_INLINE void push(const Entries& entries, std::size_t n) noexcept {
+        rate_left.push(entries.left, n);
+        rate_right.push(entries.right, n);
+    }
 };
 
-VESK_INLINE void ReadHead::locate(const Entries& entries, Pair spans, std::size_t first,
+// Where a block begins in the rings: their head and number of valid entries before its pushes.
+struct RingPosition {
+    std::int64_t head;
+    std::int64_t filled;
+
+    VESK_INLINE explicit RingPosition(const EntryRings& rings) noexcept
+        : head(static_cast<std::int64_t>(rings.rate_left.head)),
+          filled(static_cast<std::int64_t>(rings.filled)) {}
+};
+
+struct ReadHead {
+    Cursor cursor_left;
+    Cursor cursor_right;
+
+    void seed(std::int64_t entry_left, std::int64_t entry_right) noexcept;
+
+    // For frames first to end - 1 of a block whose entries are pushed already: moves both cursors.
+    // position is that of frame first, and becomes that of frame end. spans are those of the two
+    // channels, in samples.
+    VESK_INLINE void locate(const EntryRings& rings, RingPosition& position, const Entries& entries,
+                            Pair spans, std::size_t first, std::size_t end, ReadPositions& left,
+                            ReadPositions& right) noexcept;
+};
+
+VESK_INLINE void ReadHead::locate(const EntryRings& rings, RingPosition& position,
+                                  const Entries& entries, Pair spans, std::size_t first,
                                   std::size_t end, ReadPositions& left,
                                   ReadPositions& right) noexcept {
-    Scan l(rate_left, cursor_left, spans[0]);
-    Scan r(rate_right, cursor_right, spans[1]);
-    const auto size = static_cast<std::int64_t>(capacity);
-    auto head = static_cast<std::int64_t>(rate_left.head);
-    auto valid = static_cast<std::int64_t>(filled);
-    // Entries are never read past the ring's end, so its repeated elements are not kept up to date.
-    const auto write_entries = [&](std::size_t frame) VESK_LAMBDA {
-        l.entries[head] = entries.left[frame];
-        r.entries[head] = entries.right[frame];
-    };
+    const auto capacity = static_cast<std::int64_t>(rings.capacity);
+    std::int64_t head = position.head;
+    std::int64_t valid = position.filled;
+    Scan l(rings.rate_left, head, cursor_left, spans[0]);
+    Scan r(rings.rate_right, head, cursor_right, spans[1]);
     for (std::size_t frame = first; frame < end; ++frame) {
         // Frames for which a step each is enough, as nearly all are.
         const std::size_t begin = frame;
@@ -74,7 +92,6 @@ VESK_INLINE void ReadHead::locate(const Entries& entries, Pair spans, std::size_
         const std::int64_t wrap_right = r.wrap(head);
         for (; frame < stop; ++frame) {
             --head;
-            write_entries(frame);
             l.step(entries.left[frame]);
             r.step(entries.right[frame]);
             if (!l.settled(entries.left[frame]) || !r.settled(entries.right[frame])) [[unlikely]]
@@ -82,15 +99,14 @@ VESK_INLINE void ReadHead::locate(const Entries& entries, Pair spans, std::size_
             l.record(entries.left[frame], l.index - head + wrap_left, frame, left);
             r.record(entries.right[frame], r.index - head + wrap_right, frame, right);
         }
-        valid = min(valid + static_cast<std::int64_t>(frame - begin), size);
+        valid = min(valid + static_cast<std::int64_t>(frame - begin), capacity);
         if (frame == end) break;
 
         // A frame that needs a search, or whose step could have left the history. In the first
-        // case its entries are pushed already.
-        valid = min(valid + 1, size);
+        // case its step is done already.
+        valid = min(valid + 1, capacity);
         if (frame == stop) {
             head = l.newer(head);
-            write_entries(frame);
             l.keep_offset(entries.left[frame]);
             r.keep_offset(entries.right[frame]);
         }
@@ -101,17 +117,8 @@ VESK_INLINE void ReadHead::locate(const Entries& entries, Pair spans, std::size_
     }
     cursor_left = l.cursor(head);
     cursor_right = r.cursor(head);
-    rate_left.head = rate_right.head = static_cast<std::uint64_t>(head);
-    filled = static_cast<std::uint64_t>(valid);
-}
-
-VESK_INLINE void ReadHead::mirror(const ReadHead& source, const Entries& entries, std::size_t first,
-                                  std::size_t end) noexcept {
-    rate_left.push(entries.left + first, end - first);
-    rate_right.push(entries.right + first, end - first);
-    cursor_left = source.cursor_left;
-    cursor_right = source.cursor_right;
-    filled = source.filled;
+    position.head = head;
+    position.filled = valid;
 }
 
 }  // namespace orvane::blocks::vesk

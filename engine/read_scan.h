@@ -73,19 +73,21 @@ struct ReadPositions {
 // A cursor in the form that a scan computes in. The ring's head is passed in, since both channels
 // push in step and share it. newest is always the entry pushed last.
 struct Scan {
-    std::int64_t* const entries;
+    const std::int64_t* const entries;
     const std::int64_t size;
     const std::int64_t span;
     std::int64_t index;      // of the entry at the cursor's offset
     std::int64_t remaining;  // span less the cursor's sum
 
-    VESK_INLINE Scan(const CircularBuffer<std::int64_t>& ring, const Cursor& cursor,
-                     float samples) noexcept
+    VESK_INLINE Scan(const CircularBuffer<std::int64_t>& ring, std::int64_t head,
+                     const Cursor& cursor, float samples) noexcept
         : entries(ring.storage.get()),
           size(static_cast<std::int64_t>(ring.size)),
           span(static_cast<std::int64_t>(limited_span(samples * fixed_point_one))),
-          index(static_cast<std::int64_t>(ring.index(cursor.offset))),
-          remaining(span - cursor.sum) {}
+          index(head + static_cast<std::int64_t>(cursor.offset)),
+          remaining(span - cursor.sum) {
+        if (index >= size) index -= size;
+    }
 
     VESK_INLINE std::int64_t newer(std::int64_t i) const noexcept {
         return (i == 0 ? size : i) - 1;
