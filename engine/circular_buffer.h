@@ -1,4 +1,4 @@
-// The ring of the delay lines, of the rate entries and of the reverb.
+// The ring behind the delay lines, the read heads' entries and the reverb.
 #pragma once
 
 #include <cstddef>
@@ -8,18 +8,22 @@
 #include <type_traits>
 #include <utility>
 
+#include "engine/block.h"
 #include "engine/lanes.h"
-#include "engine/run.h"
 
 namespace orvane::blocks::vesk {
 
-// A ring that grows towards lower indices: head is the newest element, and the element k places
-// older stands k places above it. Its first elements stand once more behind its end, so that a run
-// of elements lies in one piece wherever it begins; a ring as long as the run at least.
+// A ring that grows towards lower indices: head is the index of the newest element, and the
+// element k pushes older is k indices above it. So a block of elements, newest first, is one
+// ascending range of memory. The first max_block elements are repeated after the last one, so that
+// such a range can be read and written without a wrap, wherever it begins.
 //
-// A large ring starts on a page of its own, and rings that are read in step must not start at the
-// same place of their pages (they would share one cache set and every read would seem to follow the
-// last write), so each starts some cache lines further on.
+// A block's range may be at most as long as the ring.
+//
+// A large allocation starts on a page boundary. Rings that are read in step must not all start at
+// the same offset within their pages: they would compete for the same cache sets, and each read
+// would appear to depend on the last write. So every ring starts some cache lines after the one
+// made before.
 template <class T>
 struct CircularBuffer {
     static_assert(std::is_trivially_copyable_v<T>);
@@ -31,7 +35,7 @@ struct CircularBuffer {
         }
     };
 
-    std::unique_ptr<T[], Release> storage;  // size elements, and those that stand there once more
+    std::unique_ptr<T[], Release> storage;  // size elements, then the first max_block repeated
     std::uint64_t size = 0;                 // elements
     std::uint64_t head = 0;                 // index of the newest element
 
@@ -39,28 +43,28 @@ struct CircularBuffer {
     explicit CircularBuffer(std::uint64_t elements);  // zeros; throws std::bad_alloc
 
     VESK_INLINE void push(T value) noexcept {
-        *room(1) = value;
-        pushed(1);
+        *write_pointer(1) = value;
+        advance(1);
     }
-    // In order, the last value becomes the newest.
+    // Oldest first: the last value becomes the newest element.
     VESK_INLINE void push(const T* values, std::uint64_t count) noexcept {
-        constexpr std::uint64_t at_once = sizeof(Oct) / sizeof(T);
-        T* const to = room(count);
+        constexpr std::uint64_t per_vector = sizeof(Oct) / sizeof(T);
+        T* const to = write_pointer(count);
         std::uint64_t i = 0;
-        for (; i + at_once <= count; i += at_once)
-            store(to + count - i - at_once, reversed<sizeof(T)>(load<Oct>(values + i)));
+        for (; i + per_vector <= count; i += per_vector)
+            store(to + count - i - per_vector, reverse<sizeof(T)>(load<Oct>(values + i)));
         for (; i < count; ++i) to[count - i - 1] = values[i];
-        pushed(count);
+        advance(count);
     }
-    // Where the next count pushes go, the last one first; the oldest elements stand there. They
-    // count as pushed after pushed(count).
-    VESK_INLINE T* room(std::uint64_t count) const noexcept {
-        return storage.get() + behind(count);
+    // Where the next count elements are to be written, newest first. Until then the range holds
+    // the count oldest elements; advance(count) makes the written ones the newest.
+    VESK_INLINE T* write_pointer(std::uint64_t count) const noexcept {
+        return storage.get() + head_after(count);
     }
-    VESK_INLINE void pushed(std::uint64_t count) noexcept {
-        head = behind(count);
+    VESK_INLINE void advance(std::uint64_t count) noexcept {
+        head = head_after(count);
         if (head < repeated || head + count > size) [[unlikely]]
-            repeat_ends(count);
+            update_repeated(count);
     }
 
     // k is below size at every call, so one subtraction is enough to wrap.
@@ -69,37 +73,40 @@ struct CircularBuffer {
         return i >= size ? i - size : i;
     }
     VESK_INLINE const T& at(std::uint64_t k) const noexcept { return storage[index(k)]; }
-    // The element k places older than the newest, older ones behind it.
-    VESK_INLINE const T* run_at(std::uint64_t k) const noexcept { return storage.get() + index(k); }
+    // To the element k pushes older than the newest; older ones follow it.
+    VESK_INLINE const T* pointer_at(std::uint64_t k) const noexcept {
+        return storage.get() + index(k);
+    }
 
     void zero() noexcept;  // contents only: head and size stay
 
 private:
     static constexpr std::align_val_t alignment{64};
-    static constexpr std::uint64_t repeated = longest_run;
+    static constexpr std::uint64_t repeated = max_block;
 
-    VESK_INLINE std::uint64_t behind(std::uint64_t count) const noexcept {
+    VESK_INLINE std::uint64_t head_after(std::uint64_t count) const noexcept {
         return (head < count ? head + size : head) - count;
     }
-    // After a push of count elements across the ring's end or into its first elements.
-    VESK_INLINE void repeat_ends(std::uint64_t count) noexcept {
+    // After count elements from head on were written past the ring's end or among its first ones.
+    VESK_INLINE void update_repeated(std::uint64_t count) noexcept {
         const std::uint64_t end = head + count;
         for (std::uint64_t i = size; i < end; ++i) storage[i - size] = storage[i];
-        const std::uint64_t first = smaller(smaller(end, size), repeated);
+        const std::uint64_t first = min(min(end, size), repeated);
         for (std::uint64_t i = head; i < first; ++i) storage[size + i] = storage[i];
     }
 };
 
-// The place in its page at which the next ring starts, in bytes; a multiple of a cache line.
+// The offset within its page at which the next ring starts: bytes, a multiple of a cache line.
 std::size_t next_ring_offset() noexcept;
 
 template <class T>
 CircularBuffer<T>::CircularBuffer(std::uint64_t elements) : size(elements) {
     const std::size_t before = next_ring_offset();
-    auto* const block = static_cast<std::byte*>(
+    auto* const allocation = static_cast<std::byte*>(
         ::operator new(before + (elements + repeated) * sizeof(T), alignment));
-    storage = std::unique_ptr<T[], Release>(reinterpret_cast<T*>(block + before), Release{before});
-    // Written, not left to the system: no page of the ring is touched for the first time by audio.
+    storage =
+        std::unique_ptr<T[], Release>(reinterpret_cast<T*>(allocation + before), Release{before});
+    // Written here, so that no page of the ring is touched for the first time on the audio thread.
     std::uninitialized_fill_n(storage.get(), elements + repeated, T{});
 }
 

@@ -14,9 +14,9 @@ DelaySection::DelaySection(float rate)
       delay_left(whole_line(rate) + zeros_of_empty_line),
       delay_right(whole_line(rate) + zeros_of_empty_line),
       delay_capacity(whole_line(rate) + zeros_of_empty_line),
-      tape_head(whole_line(rate) + 2),
-      delay_smoothing_coefficient(both(one_pole_coefficient(delay_smoothing_time, rate))),
-      crossfade_heads{ReadHead(whole_line(rate) + 2), ReadHead(whole_line(rate) + 2)} {
+      entry_rings(whole_line(rate) + 2),
+      delay_smoothing_coefficient(
+          broadcast<Pair>(one_pole_coefficient(delay_smoothing_time, rate))) {
     clear_delay_lines();
     reset_read_heads();
 }
@@ -36,13 +36,16 @@ void DelaySection::reset_read_heads() noexcept {
     crossfade_position = crossfade_target = active_head == 0 ? 0.0f : 1.0f;
     crossfade_remaining = 0;
     crossfade_length = 0;
-    const Pair entry = fixed_point_one / wanted;
-    tape_head.seed(static_cast<std::int64_t>(entry[0]), static_cast<std::int64_t>(entry[1]));
-    // Both crossfade heads are seeded alike. Their rings differ beyond the two entries that count
-    // as filled, where nobody reads, so that a reset takes the same short time at every length.
-    for (ReadHead& head : crossfade_heads)
-        head.seed(static_cast<std::int64_t>(fixed_point_one),
-                  static_cast<std::int64_t>(fixed_point_one));
+    // An entry for each head as if the speed had been 1: of the tape 1 / delay, else 1. The rings
+    // get those of the mode in use; a change of mode comes through here again. What they hold
+    // beyond these is older than the history, so a reset takes the same short time at every length.
+    const Pair tape = fixed_point_one / wanted;
+    const auto left = static_cast<std::int64_t>(tape[0]);
+    const auto right = static_cast<std::int64_t>(tape[1]);
+    constexpr auto one = static_cast<std::int64_t>(fixed_point_one);
+    tape_head.seed(left, right);
+    for (ReadHead& head : crossfade_heads) head.seed(one, one);
+    entry_rings.seed(repitch ? left : one, repitch ? right : one);
 }
 
 void DelaySection::set_repitch(bool value) noexcept {

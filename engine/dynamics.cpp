@@ -32,12 +32,12 @@ void Gate::reset_gate() noexcept {
 }
 
 Ducker::Ducker(float rate)
-    : sample_rate(both(rate)),
+    : sample_rate(broadcast<Pair>(rate)),
       attack_coefficient(one_pole_coefficient(attack_time, sample_rate)),
       release_coefficient(one_pole_coefficient(release_time, sample_rate)) {}
 
 void Ducker::set_release(float seconds) {
-    release_time = both(seconds);
+    release_time = broadcast<Pair>(seconds);
     attack_coefficient = one_pole_coefficient(attack_time, sample_rate);
     release_coefficient = one_pole_coefficient(release_time, sample_rate);
 }

@@ -1,36 +1,37 @@
-// Two units that listen to the raw input and change another signal: a gate on what enters the
-// lines, a ducker on what leaves them.
+// Two side-chained dynamics units, both keyed by the raw input: a gate on the input of the delay
+// lines and a ducker on the wet output.
 #pragma once
 
 #include <cstddef>
 
+#include "engine/block.h"
 #include "engine/fast_math.h"
 #include "engine/lanes.h"
-#include "engine/run.h"
 
 namespace orvane::blocks::vesk {
 
-// Passes a signal while the input is loud enough: a peak hold, a switch with two thresholds and a
-// smoothed gain. It has no hold time but the decay of the level, and no floor.
+// Opens while the key input is loud enough: a peak detector, a switch with hysteresis and a
+// smoothed gain. The only hold time is the detector's decay; a closed gate falls to silence.
 struct Gate {
     float gate_sample_rate;  // Hz
     bool gate_open = false;
     float gate_gain = 0.0f;               // 0 to 1
-    float gate_envelope = 0.0f;           // peak-hold level, linear
-    float gate_peak_coefficient;          // of 30 ms
+    float gate_envelope = 0.0f;           // of the peak detector, linear
+    float gate_peak_coefficient;          // decay of the envelope, of 30 ms
     float gate_attack_coefficient;        // of 1 ms
     float gate_release_time = 0.05f;      // s
     float gate_release_coefficient;       // of gate_release_time
-    float gate_close_threshold = 0.125f;  // linear; at or under it the switch falls
-    float gate_open_threshold = 0.25f;    // linear; over it the switch rises
+    float gate_close_threshold = 0.125f;  // linear; closes at or under it
+    float gate_open_threshold = 0.25f;    // linear; opens over it
 
     explicit Gate(float rate);
-    void set_gate_threshold(float db);  // 6 dB of hysteresis below it
+    void set_gate_threshold(float db);  // closes 6 dB below it
     void set_gate_release(float seconds);
     void reset_gate() noexcept;
 
-    // The louder side of a run's raw input, and what one frame of it does to the gain.
-    VESK_INLINE static Run peaks(const Run& input, std::size_t n) noexcept;
+    // The key signal: the greater absolute value of the two channels, in both lanes.
+    VESK_INLINE static Block peaks(const Block& input, std::size_t n) noexcept;
+    // One frame of the recursive part: gives the gain.
     VESK_INLINE float step(float peak) noexcept;
 };
 
@@ -38,79 +39,73 @@ struct Gate {
 // smoothed in dB. Both lanes get the same detector, so they always hold equal values.
 struct Ducker {
     Pair sample_rate;  // Hz
-    Pair threshold_db = both(-6.0f);
-    Pair slope = both(0.2f);         // dB out per dB in above the threshold: 5 to 1
-    Pair attack_time = both(0.01f);  // s
-    Pair release_time = both(0.1f);  // s
-    Pair attack_coefficient;         // of attack_time
-    Pair release_coefficient;        // of release_time
-    Pair makeup_gain = both(1.0f);   // linear
-    Pair reduction_db{};             // the only state; 0 or below
+    Pair threshold_db = broadcast<Pair>(-6.0f);
+    Pair slope = broadcast<Pair>(0.2f);         // dB out per dB in above the threshold: 5 to 1
+    Pair attack_time = broadcast<Pair>(0.01f);  // s
+    Pair release_time = broadcast<Pair>(0.1f);  // s
+    Pair attack_coefficient;                    // of attack_time
+    Pair release_coefficient;                   // of release_time
+    Pair makeup_gain = broadcast<Pair>(1.0f);   // linear
+    Pair reduction_db{};                        // the only state; 0 or below
 
     explicit Ducker(float rate);
     void set_release(float seconds);
     void reset() noexcept { reduction_db = Pair{}; }
 
-    // Where the detector wants the gain to go, dB, and one frame's step towards it.
-    VESK_INLINE Run targets(const Run& detector, std::size_t n) const noexcept;
+    // The static curve: the gain change in dB that each detector value calls for.
+    VESK_INLINE Block targets(const Block& detector, std::size_t n) const noexcept;
+    // One frame of the recursive part, the smoothing: gives reduction_db.
     VESK_INLINE Pair step(Pair target) noexcept;
-    VESK_INLINE void apply(Run& wet, const Run& reduction, std::size_t n) const noexcept;
-    // One frame of all.
-    VESK_INLINE Pair process(Pair wet, Pair detector) noexcept {
-        const Run reduction = run_of_one(step(targets(run_of_one(detector), 1)[0]));
-        Run ducked = run_of_one(wet);
-        apply(ducked, reduction, 1);
-        return ducked[0];
-    }
+    // Applies the gain changes, in dB, to wet.
+    VESK_INLINE void apply(Block& wet, const Block& reduction, std::size_t n) const noexcept;
 };
 
-VESK_INLINE Run Gate::peaks(const Run& input, std::size_t n) noexcept {
-    return map_run(
+VESK_INLINE Block Gate::peaks(const Block& input, std::size_t n) noexcept {
+    return map_block(
         n,
         []<class T>(T x) VESK_LAMBDA {
-            const T size = magnitude(x);
-            return larger(rights(size), lefts(size));
+            const T level = abs(x);
+            return max(dup_right(level), dup_left(level));
         },
         input);
 }
 
 VESK_INLINE float Gate::step(float peak) noexcept {
-    gate_envelope = larger((1.0f - gate_peak_coefficient) * gate_envelope, peak);
+    gate_envelope = max((1.0f - gate_peak_coefficient) * gate_envelope, peak);
     gate_open =
         (gate_open || gate_envelope > gate_open_threshold) && gate_envelope > gate_close_threshold;
-    // Both ways out of what they share: a choice between two results, not a branch.
+    // Both gains are computed, so that the choice is a select and no branch.
     const float opening = gate_attack_coefficient + (1.0f - gate_attack_coefficient) * gate_gain;
     const float closing = (1.0f - gate_release_coefficient) * gate_gain;
     gate_gain = gate_open ? opening : closing;
     return gate_gain;
 }
 
-VESK_INLINE Run Ducker::targets(const Run& detector, std::size_t n) const noexcept {
-    return map_run(
+VESK_INLINE Block Ducker::targets(const Block& detector, std::size_t n) const noexcept {
+    return map_block(
         n,
         [this]<class T>(T d) VESK_LAMBDA {
             constexpr float detector_floor = 1e-6f;  // keeps the logarithm's argument positive
-            const T size = magnitude(d);
-            const T level = size < detector_floor ? all<T>(detector_floor) : size;
-            const T over = fast_gain_to_db(level) - pairs<T>(threshold_db);
-            return (pairs<T>(slope) - 1.0f) * (over >= 0.0f ? over : T{});
+            const T raw = abs(d);
+            const T level = raw < detector_floor ? broadcast<T>(detector_floor) : raw;
+            const T over = fast_gain_to_db(level) - broadcast<T>(threshold_db);
+            return (broadcast<T>(slope) - 1.0f) * (over >= 0.0f ? over : T{});
         },
         detector);
 }
 
 VESK_INLINE Pair Ducker::step(Pair target) noexcept {
-    // At equality it is the release.
-    const Pair back = (1.0f - release_coefficient) * reduction_db + target * release_coefficient;
-    const Pair down = (1.0f - attack_coefficient) * reduction_db + target * attack_coefficient;
-    reduction_db = target >= reduction_db ? back : down;
+    const Pair release = (1.0f - release_coefficient) * reduction_db + target * release_coefficient;
+    const Pair attack = (1.0f - attack_coefficient) * reduction_db + target * attack_coefficient;
+    reduction_db = target >= reduction_db ? release : attack;
     return reduction_db;
 }
 
-VESK_INLINE void Ducker::apply(Run& wet, const Run& reduction, std::size_t n) const noexcept {
+VESK_INLINE void Ducker::apply(Block& wet, const Block& reduction, std::size_t n) const noexcept {
     map_into(
         wet, n,
         [this]<class T>(T r, T w)
-            VESK_LAMBDA { return fast_db_to_gain(r) * pairs<T>(makeup_gain) * w; },
+            VESK_LAMBDA { return fast_db_to_gain(r) * broadcast<T>(makeup_gain) * w; },
         reduction, wet);
 }
 

@@ -26,11 +26,11 @@ template <class T>
 VESK_INLINE constexpr T fast_exp2(T x) noexcept {
     constexpr float exponent_bias = 127.0f;
     constexpr float top_exponent = 255.0f;
-    const T limited = smaller(all<T>(top_exponent), x + exponent_bias);
-    const T v = larger(limited, all<T>(0.0f));
-    const Integers<T> i = whole(v);
+    const T limited = min(broadcast<T>(top_exponent), x + exponent_bias);
+    const T v = max(limited, broadcast<T>(0.0f));
+    const Integers<T> i = to_int(v);
     const T scale = from_bits<T>(i << 23);  // the exponent field alone: a power of two
-    return fast_exp2_fraction<T>(v - floats(i)) * scale;
+    return fast_exp2_fraction<T>(v - to_float(i)) * scale;
 }
 
 template <class T>
@@ -62,7 +62,7 @@ VESK_INLINE T fast_log2_mantissa(T x) noexcept {
 template <class T>
 VESK_INLINE T fast_log2(T x) noexcept {
     const Integers<T> bits = bits_of(x);
-    const T exponent = floats((bits >> 23) - 127);
+    const T exponent = to_float((bits >> 23) - 127);
     const T mantissa = from_bits<T>((bits & 0x7FFFFF) | 0x3F800000);
     return exponent + fast_log2_mantissa(mantissa);
 }
@@ -98,7 +98,7 @@ VESK_INLINE constexpr float fast_sine_unit(float u) noexcept {
 // The phase p, 0 up to 1, folded into a triangle: 0, up to 1 at 0.25, down to -1 at 0.75, to 0.
 template <class T>
 VESK_INLINE T triangle_of_phase(T p) noexcept {
-    return 1.0f - magnitude<T>(2.0f - magnitude<T>(p * 4.0f - 3.0f));
+    return 1.0f - abs<T>(2.0f - abs<T>(p * 4.0f - 3.0f));
 }
 
 // Sine of a phase p in cycles, 0 up to 1.
@@ -112,8 +112,8 @@ VESK_INLINE T fast_sine_cycle(T p) noexcept {
 template <class T>
 VESK_INLINE constexpr T fast_tanh(T x) noexcept {
     constexpr float minus_two_log2_of_e = -2.88539f;
-    const T e = fast_exp2<T>(magnitude(x) * minus_two_log2_of_e);
-    return with_sign_of<T>(x, (1.0f - e) / (e + 1.0f));
+    const T e = fast_exp2<T>(abs(x) * minus_two_log2_of_e);
+    return copysign<T>((1.0f - e) / (e + 1.0f), x);
 }
 
 // The k of state = (1 - k) * state + k * goal, for a time constant in seconds at a rate in Hz.
@@ -121,7 +121,7 @@ VESK_INLINE constexpr T fast_tanh(T x) noexcept {
 template <class T>
 VESK_INLINE constexpr T one_pole_coefficient(T seconds, T rate) noexcept {
     const T samples = seconds * rate;
-    const T floor = all<T>(1e-6f);
+    const T floor = broadcast<T>(1e-6f);
     return 1.0f - fast_exp2<T>(-log2_of_e / (samples < floor ? floor : samples));
 }
 

@@ -64,21 +64,21 @@ VESK_INLINE Quad fused(Quad a, Quad b, Quad c) noexcept {
                 fused(a[3], b[3], c[3])};
 }
 VESK_INLINE Oct fused(Oct a, Oct b, Oct c) noexcept {
-    return joined(fused(first_half(a), first_half(b), first_half(c)),
-                  fused(second_half(a), second_half(b), second_half(c)));
+    return combine(fused(lower_half(a), lower_half(b), lower_half(c)),
+                   fused(upper_half(a), upper_half(b), upper_half(c)));
 }
 #endif
 VESK_INLINE Pair fused(Pair a, Pair b, Pair c) noexcept {
-    return low_half(fused(quad(a, a), quad(b, b), quad(c, c)));
+    return lower_half(fused(combine(a, a), combine(b, b), combine(c, c)));
 }
 // With constants in one or two places.
 template <class T>
 VESK_INLINE constexpr T fused(T a, T b, float c) noexcept requires(!std::is_same_v<T, float>) {
-    return fused(a, b, all<T>(c));
+    return fused(a, b, broadcast<T>(c));
 }
 template <class T>
 VESK_INLINE constexpr T fused(T a, float b, float c) noexcept requires(!std::is_same_v<T, float>) {
-    return fused(a, all<T>(b), all<T>(c));
+    return fused(a, broadcast<T>(b), broadcast<T>(c));
 }
 
 }  // namespace orvane::blocks::vesk

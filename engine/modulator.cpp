@@ -8,7 +8,7 @@ namespace {
 constexpr float envelope_attack_time = 0.008f;   // s
 constexpr float envelope_release_time = 0.222f;  // s
 
-// The two draws are the engine's only non-determinism.
+// The only non-determinism of the engine.
 std::array<std::uint32_t, 2> draw_seed() {
     std::random_device source;
     const auto first = static_cast<std::uint32_t>(source());
@@ -31,7 +31,7 @@ Modulator::Modulator(float rate)
 
 void Modulator::set_frequency(float hz) {
     frequency = hz;
-    phase_increment = smaller(hz, sample_rate * 0.5f) / sample_rate;
+    phase_increment = min(hz, sample_rate * 0.5f) / sample_rate;
 }
 
 void Modulator::set_phase_offset(float degrees) {
@@ -41,7 +41,7 @@ void Modulator::set_phase_offset(float degrees) {
 
 void Modulator::reset() noexcept {
     phase = 0.0f;
-    last_phase = both(1.0f);  // above any phase: "Random" draws at the next sample
+    last_phase = broadcast<Pair>(1.0f);  // above any phase: "Random" draws at the next sample
     smoothed = Pair{};
     const float left = next_random();
     random_value = Pair{left, next_random()};

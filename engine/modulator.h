@@ -1,35 +1,35 @@
-// Moves the delay's read speed: an oscillator, an envelope follower, a blend of the two and a
-// 30 Hz smoother behind it. It touches no audio; its output counts in full swings.
+// Modulates the delay's read speed: an LFO, an envelope follower, a blend of the two and a 30 Hz
+// smoother after it. Its output is control signal, not audio: 1 is the LFO's full scale.
 #pragma once
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
 
+#include "engine/block.h"
 #include "engine/fast_math.h"
 #include "engine/lanes.h"
 #include "engine/modes.h"
-#include "engine/run.h"
 
 namespace orvane::blocks::vesk {
 
 struct Modulator {
     using waveform_mode = kv7::orv::vesk::waveform_mode;
 
-    float phase = 0.0f;     // 0 up to 1; the left channel's
+    float phase = 0.0f;     // of the left channel, 0 up to 1
     float phase_increment;  // per sample
-    Pair last_phase{};      // the phases that the latest sample used
+    Pair last_phase{};      // the phases of the latest sample
     float sample_rate;      // Hz
     waveform_mode waveform = waveform_mode::sine;
     float frequency = 1.0f;  // Hz
     Pair smoothed{};         // the smoother's state, and the output
     float smoothing_coefficient;
     float smoothing_time = 0.005305165f;        // s: 1 / (2 * pi * 30)
-    float phase_offset = 0.0f;                  // cycles that the right channel is ahead, 0 to 0.5
+    float phase_offset = 0.0f;                  // of the right channel, cycles ahead, 0 to 0.5
     std::array<std::uint32_t, 2> random_state;  // never both 0
     Pair random_value{};                        // held by "Random"
     Pair envelope{};
-    float envelope_mix = 0.0f;           // 0 oscillator only, 1 envelope only
+    float envelope_mix = 0.0f;           // 0: LFO only, 1: envelope only
     float envelope_attack_coefficient;   // of 8 ms
     float envelope_release_coefficient;  // of 222 ms
 
@@ -38,22 +38,22 @@ struct Modulator {
     void set_phase_offset(float degrees);
     void reset() noexcept;  // random_state goes on
 
-    // The two parts that wait for themselves, frame by frame: phases of this frame, and the level
-    // of the detector followed.
+    // The two recursive parts, one frame at a time. Each advances its state and gives this frame's
+    // phases, or the envelope of a level (an absolute value).
     VESK_INLINE Pair step_phases() noexcept;
-    VESK_INLINE Pair follow(Pair level) noexcept;
-    // What a run of both gives.
-    VESK_INLINE Run blend(const Run& phases, const Run& followed, std::size_t n) noexcept;
-    // One frame of all; detector is what the envelope follows.
+    VESK_INLINE Pair step_envelope(Pair level) noexcept;
+    // The output for n frames from what those two gave for them.
+    VESK_INLINE Block blend(const Block& phases, const Block& envelopes, std::size_t n) noexcept;
+    // One frame; the envelope follows detector.
     VESK_INLINE Pair process(Pair detector) noexcept;
     VESK_INLINE float next_random() noexcept;  // -1 up to 1
 
 private:
-    VESK_INLINE Run oscillate(const Run& phases, std::size_t n) noexcept;
-    VESK_INLINE Run oscillate_at_random(const Run& phases, std::size_t n) noexcept;
+    VESK_INLINE Block lfo(const Block& phases, std::size_t n) noexcept;
+    VESK_INLINE Block random_lfo(const Block& phases, std::size_t n) noexcept;
 };
 
-VESK_INLINE float phase_after(float phase, float step) noexcept {
+VESK_INLINE float advance_phase(float phase, float step) noexcept {
     const float sum = phase + step;
     return sum >= 1.0f ? sum - 1.0f : sum;
 }
@@ -64,15 +64,15 @@ VESK_INLINE float Modulator::next_random() noexcept {
     const std::uint32_t t = s0 ^ (s0 << 10);
     s0 = s1;
     s1 = s1 ^ (s1 >> 10) ^ t ^ (t >> 13);
-    // The top bits as the fraction of a float from 2 up to 4.
+    // The top 23 bits become the mantissa of a float from 2 up to 4.
     return __builtin_bit_cast(float, (s1 >> 9) | 0x40000000U) - 3.0f;
 }
 
-VESK_INLINE Run Modulator::oscillate_at_random(const Run& phases, std::size_t n) noexcept {
-    // The right channel equals the left one at 0 degrees, is a second value at 90 and the left one
-    // negated at 180.
-    const float w = magnitude(phase_offset - 0.25f) * 4.0f;
-    Run swing;
+VESK_INLINE Block Modulator::random_lfo(const Block& phases, std::size_t n) noexcept {
+    // The right channel is the left one at 0 degrees, a second random value at 90, the left one
+    // negated at 180, and a linear blend in between.
+    const float w = abs(phase_offset - 0.25f) * 4.0f;
+    Block out;
     float last = last_phase[0];
     for (std::size_t i = 0; i < n; ++i) {
         const float p = phases[i][0];
@@ -83,13 +83,13 @@ VESK_INLINE Run Modulator::oscillate_at_random(const Run& phases, std::size_t n)
         last = p;
         const float held = random_value[0];
         const float c = phase_offset > 0.25f ? -held : held;
-        swing[i] = Pair{held, (1.0f - w) * random_value[1] + w * c};
+        out[i] = Pair{held, (1.0f - w) * random_value[1] + w * c};
     }
-    return swing;
+    return out;
 }
 
-VESK_INLINE Run Modulator::oscillate(const Run& phases, std::size_t n) noexcept {
-    const auto shape = [&](auto formula) VESK_LAMBDA { return map_run(n, formula, phases); };
+VESK_INLINE Block Modulator::lfo(const Block& phases, std::size_t n) noexcept {
+    const auto shape = [&](auto formula) VESK_LAMBDA { return map_block(n, formula, phases); };
     const auto saw_up = []<class T>(T f)
                             VESK_LAMBDA { return f < 0.5f ? 2.0f * f : 2.0f * (f - 1.0f); };
     switch (waveform) {
@@ -102,42 +102,44 @@ VESK_INLINE Run Modulator::oscillate(const Run& phases, std::size_t n) noexcept 
         case waveform_mode::saw_down:
             return shape([&](auto f) VESK_LAMBDA { return -saw_up(f); });
         case waveform_mode::square:
-            return shape([]<class T>(T f)
-                             VESK_LAMBDA { return f < 0.5f ? all<T>(1.0f) : all<T>(-1.0f); });
+            return shape([]<class T>(T f) VESK_LAMBDA {
+                return f < 0.5f ? broadcast<T>(1.0f) : broadcast<T>(-1.0f);
+            });
         case waveform_mode::random:
-            return oscillate_at_random(phases, n);
+            return random_lfo(phases, n);
     }
     return {};
 }
 
 VESK_INLINE Pair Modulator::step_phases() noexcept {
-    const Pair phases{phase, phase_after(phase, phase_offset)};
-    phase = phase_after(phase, phase_increment);
+    const Pair phases{phase, advance_phase(phase, phase_offset)};
+    phase = advance_phase(phase, phase_increment);
     return phases;
 }
 
-VESK_INLINE Pair Modulator::follow(Pair level) noexcept {
-    const Pair up =
+VESK_INLINE Pair Modulator::step_envelope(Pair level) noexcept {
+    const Pair attack =
         (1.0f - envelope_attack_coefficient) * envelope + envelope_attack_coefficient * level;
-    const Pair down =
+    const Pair release =
         (1.0f - envelope_release_coefficient) * envelope + envelope_release_coefficient * level;
-    envelope = level > envelope ? up : down;
+    envelope = level > envelope ? attack : release;
     return envelope;
 }
 
-VESK_INLINE Run Modulator::blend(const Run& phases, const Run& followed, std::size_t n) noexcept {
-    const Run swing = oscillate(phases, n);
+VESK_INLINE Block Modulator::blend(const Block& phases, const Block& envelopes,
+                                   std::size_t n) noexcept {
+    const Block oscillator = lfo(phases, n);
     last_phase = phases[n - 1];
 
-    constexpr float swings_per_level = 10.0f;
-    const Run value = map_run(
+    constexpr float envelope_gain = 10.0f;  // a level of 0.1 reaches the LFO's full scale
+    const Block value = map_block(
         n,
-        [&](auto f, auto s)
-            VESK_LAMBDA { return f * swings_per_level * envelope_mix + (1.0f - envelope_mix) * s; },
-        followed, swing);
-    Run out;
+        [&](auto e, auto o)
+            VESK_LAMBDA { return e * envelope_gain * envelope_mix + (1.0f - envelope_mix) * o; },
+        envelopes, oscillator);
+    Block out;
     Pair state = smoothed;
-    const Pair k = both(smoothing_coefficient);
+    const Pair k = broadcast<Pair>(smoothing_coefficient);
     for (std::size_t i = 0; i < n; ++i) {
         state = value[i] * k + (1.0f - k) * state;
         out[i] = state;
@@ -147,8 +149,8 @@ VESK_INLINE Run Modulator::blend(const Run& phases, const Run& followed, std::si
 }
 
 VESK_INLINE Pair Modulator::process(Pair detector) noexcept {
-    const Run phases = run_of_one(step_phases());
-    return blend(phases, run_of_one(follow(magnitude(detector))), 1)[0];
+    const Block phases = block_of_one(step_phases());
+    return blend(phases, block_of_one(step_envelope(abs(detector))), 1)[0];
 }
 
 }  // namespace orvane::blocks::vesk

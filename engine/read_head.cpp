@@ -2,21 +2,20 @@
 
 namespace orvane::blocks::vesk {
 
-ReadHead::ReadHead(std::uint64_t entries)
-    : rate_left(entries), rate_right(entries), capacity(entries) {}
+EntryRings::EntryRings(std::uint64_t history)
+    : rate_left(history + max_block), rate_right(history + max_block), capacity(history) {}
 
-void ReadHead::push(std::int64_t entry_left, std::int64_t entry_right) noexcept {
-    filled = smaller(filled + 1, capacity);
-    rate_left.push(entry_left);
-    rate_right.push(entry_right);
+void EntryRings::seed(std::int64_t entry_left, std::int64_t entry_right) noexcept {
+    for (int i = 0; i < 2; ++i) {
+        rate_left.push(entry_left);
+        rate_right.push(entry_right);
+    }
+    filled = 2;
 }
 
 void ReadHead::seed(std::int64_t entry_left, std::int64_t entry_right) noexcept {
-    filled = 0;
     cursor_left = {1, entry_left};
     cursor_right = {1, entry_right};
-    push(entry_left, entry_right);
-    push(entry_left, entry_right);
 }
 
 }  // namespace orvane::blocks::vesk

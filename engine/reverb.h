@@ -1,79 +1,44 @@
-// The plate: predelay, input filter, four diffusers, and a tank of two crossed halves.
+// A plate reverb: predelay, input filter, four diffusers, and a tank of two crossed halves.
+//
+//   x -> predelay -> bandwidth -> diffuser 0 -> 1 -> 2 -> 3 -+
+//                                                            |
+//   +--------------------------------------------------------+
+//   |
+//   +-> (+) -> allpass_in 0 -> delay_in 0 -> damping -> * decay -> allpass_out 0 -> delay_out 0 -+
+//   |    ^                                                                                       |
+//   |    +------------------------------ * decay <-------------------------------------------+   |
+//   |                                                                                        |   |
+//   +-> (+) -> allpass_in 1 -> delay_in 1 -> damping -> * decay -> allpass_out 1 -> delay_out 1  |
+//        ^                                                                                       |
+//        +------------------------------ * decay <-----------------------------------------------+
+//
+// Two sums of seven taps each, from the delays and allpass_out of both halves, are the output.
 //
 // After Dattorro, "Effect Design 1", J. Audio Eng. Soc. 45(9), 1997. Unlike the paper each ring
-// holds a Frame: two copies of the network, the left lane and the right lane, share the lengths and
-// the two oscillators and meet nowhere. The modulated stages read between samples through a
-// first-order all-pass, and the filters are matched one-poles that keep a set gain at the band's
-// top. All lengths are samples at 29761 Hz, scaled to the rate.
+// holds stereo frames: the left and the right lanes are two independent copies of the network that
+// share lengths and oscillators. An oscillator each moves the read position of allpass_in, which
+// interpolates with a first-order all-pass. The filters are matched one-poles. All lengths are
+// samples at 29761 Hz, scaled to the rate.
 #pragma once
 
 #include <array>
 #include <cstdint>
 
+#include "engine/allpass.h"
+#include "engine/block.h"
 #include "engine/circular_buffer.h"
 #include "engine/fast_math.h"
 #include "engine/lanes.h"
-#include "engine/run.h"
+#include "engine/matched_lowpass.h"
+#include "engine/prefetch.h"
 
 namespace orvane::blocks::vesk {
 
-using FrameRing = CircularBuffer<Pair>;
-
-// The two kinds of diffuser. A step takes one frame's lanes, or those of four frames, to their
-// place on the ring, where the oldest ones still stand.
-struct AllPass {
-    FrameRing ring;
-    Pair coefficient;
-    Pair last_read{};
-
-    template <class T>
-    VESK_INLINE T step(T x, Pair* place) const noexcept {
-        const T c = pairs<T>(coefficient);
-        const T oldest = load<T>(place);
-        const T pushed = x - oldest * c;
-        store(place, pushed);
-        return oldest + pushed * c;
-    }
-};
-
-struct ModulatedAllPass {
-    FrameRing ring;
-    Pair coefficient;
-    Pair interpolator_state{};
-
-    // read is what the interpolator has read.
-    template <class T>
-    VESK_INLINE T step(T x, T read, Pair* place) const noexcept {
-        const T c = pairs<T>(coefficient);
-        const T pushed = x - read * c;
-        store(place, pushed);
-        return pushed * c + read;
-    }
-};
-
-struct MatchedLowpass {
-    Pair coefficient{};
-    Pair low_gain = both(1.0f);
-    Pair high_gain{};
-
-    // What the filter lets pass, one step, for one or two signals at once; gain is step_gain().
-    template <class T>
-    VESK_INLINE static T pass(T x, T& state, T gain) noexcept;
-    VESK_INLINE Pair step_gain() const noexcept { return coefficient / (coefficient + 2.0f); }
-    // Its output for x and what passed of it.
-    template <class T>
-    VESK_INLINE T shelve(T x, T passed) const noexcept {
-        return pairs<T>(high_gain) * (x - passed) + pairs<T>(low_gain) * passed;
-    }
-};
-
-MatchedLowpass design_matched_lowpass(Pair cutoff, Pair rate);  // both in Hz
-
 struct Reverb {
-    static constexpr std::size_t tap_count = 14;  // seven for either sum
+    static constexpr std::size_t tap_count = 14;  // seven in each sum
 
-    // The two tap sums on both lanes, of one frame or of four. The engine hears the left lane of a
-    // and the right one of b.
+    // The two tap sums, both lanes of each. The left output is the left lane of a, the right
+    // output the right lane of b.
     template <class T>
     struct Sums {
         T a;
@@ -81,197 +46,213 @@ struct Reverb {
     };
 
     float sample_rate;            // Hz
-    float length_scale;           // samples for a sample at 29761 Hz
+    float length_scale;           // sample_rate / 29761
     float predelay_time = 0.01f;  // s
     std::uint64_t predelay_samples = 0;
     FrameRing predelay;
-    Pair bandwidth_cutoff = both(14880.5f);  // Hz
+    Pair bandwidth_cutoff = broadcast<Pair>(14880.5f);  // Hz
     MatchedLowpass bandwidth_filter;
     Pair bandwidth_state{};
     std::array<AllPass, 4> diffusers;  // in signal order
-    Pair lfo_phase{};                  // 0 up to 1; of tank half 0 and of half 1
+    Pair lfo_phase{};                  // 0 up to 1; of half 0 and of half 1
     Pair lfo_increment{};              // per sample
     std::array<ModulatedAllPass, 2> tank_allpass_in;
     std::array<AllPass, 2> tank_allpass_out;
-    std::array<FrameRing, 2> tank_delay_in;   // behind tank_allpass_in
-    std::array<FrameRing, 2> tank_delay_out;  // behind tank_allpass_out
+    std::array<FrameRing, 2> tank_delay_in;   // after tank_allpass_in
+    std::array<FrameRing, 2> tank_delay_out;  // after tank_allpass_out
     Pair damping_cutoff = bandwidth_cutoff;   // Hz
     MatchedLowpass damping_filter;            // of both halves
     std::array<Pair, 2> damping_state{};
-    Pair decay = both(0.5f);  // tank gain, both sides equal
+    Pair decay = broadcast<Pair>(0.5f);  // tank gain, both lanes equal
     std::array<std::uint64_t, tap_count> output_taps{};
 
     explicit Reverb(float rate);  // throws std::bad_alloc
     void redesign_bandwidth();
     void redesign_damping();
-    void clear() noexcept;  // contents and states; coefficients and decay stay
+    void clear() noexcept;  // ring contents and states; coefficients and decay stay
 
-    // Asks for what the next n frames meet.
-    VESK_INLINE void prefetch_run(std::size_t n) const noexcept;
-    // The oscillators' phases of the next frame.
-    VESK_INLINE Pair phases_after(Pair phases) const noexcept;
-    // (a of the left lane, b of the right lane) of each frame, with the oscillators' phases.
-    VESK_INLINE Run process(const Run& x, const Run& phases, std::size_t n) noexcept;
+    // Prefetches what the next n frames read and write.
+    VESK_INLINE void prefetch_block(std::size_t n) const noexcept;
+
+    VESK_INLINE Pair next_lfo_phase(Pair phase) const noexcept;
+
+    // The stereo output for n frames. lfo_phases are those of each frame; the caller advances
+    // lfo_phase.
+    VESK_INLINE Block process(const Block& x, const Block& lfo_phases, std::size_t n) noexcept;
+    // One frame, all four sums; advances lfo_phase.
     VESK_INLINE Sums<Pair> process(Pair x) noexcept {
-        const Run phases = run_of_one(lfo_phase);
-        lfo_phase = phases_after(lfo_phase);
-        pass(run_of_one(x), phases, 1);
-        return sum_taps<Pair>(taps(), 0);
+        const Block lfo_phases = block_of_one(lfo_phase);
+        lfo_phase = next_lfo_phase(lfo_phase);
+        run_network(block_of_one(x), lfo_phases, 1);
+        return sum_taps<Pair>(tap_pointers(), 0);
     }
 
 private:
-    // From here on a piece stands in the order of the rings, the newest frame first: what it meets
-    // of a ring is one stretch of memory.
-    //
-    // What the recursive parts give for a piece; none of them waits for the piece's own input but
-    // the first.
-    struct Recursions {
-        Run band_passed;                  // of the predelayed input, by bandwidth_filter
-        std::array<Run, 2> damp_passed;   // of the ends of tank_delay_in, by damping_filter
-        std::array<Run, 2> interpolated;  // by tank_allpass_in
+    // Inside the network a sub-block is in the order of the rings, newest frame first: what it
+    // reads or writes of a ring is one range of memory.
+
+    // What the recursive filters give for a sub-block. The two in the tank depend only on frames
+    // before it, and bandwidth_lp only on the predelay, so they are computed first and together.
+    struct FilterOutputs {
+        Block bandwidth_lp;                 // of the predelay's output
+        std::array<Block, 2> damping_lp;    // of the outputs of tank_delay_in
+        std::array<Block, 2> interpolated;  // the delayed signals of tank_allpass_in
     };
-    using Taps = std::array<const Pair*, tap_count>;
+    using TapPointers = std::array<const Pair*, tap_count>;
     using TappedRings = std::array<const FrameRing*, tap_count>;
 
-    VESK_INLINE void pass(const Run& x, const Run& phases, std::size_t n) noexcept;
-    // Delays of tank_allpass_in in samples, half by half and in the order of the phases.
-    VESK_INLINE Run sway(const Run& phases, std::size_t n) const noexcept;
-    VESK_INLINE Recursions recur(const Pair* predelayed, const Run& phases, std::size_t n) noexcept;
-    VESK_INLINE void pass_network(const Pair* predelayed, const Recursions& recursions,
-                                  std::size_t n) noexcept;
-    VESK_INLINE TappedRings tapped_rings() const noexcept;
-    // Where the output taps stand for the newest frame, and what they sum to i frames before it.
-    VESK_INLINE Taps taps() const noexcept;
-    template <class T>
-    VESK_INLINE static Sums<T> sum_taps(const Taps& taps, std::size_t i) noexcept;
+    // n is at most max_sub_block_ in these.
+    VESK_INLINE void run_network(const Block& x, const Block& lfo_phases, std::size_t n) noexcept;
+    VESK_INLINE FilterOutputs run_recursive_filters(const Pair* predelayed, const Block& lfo_phases,
+                                                    std::size_t n) noexcept;
+    VESK_INLINE void run_allpasses(const Pair* predelayed, const FilterOutputs& filtered,
+                                   std::size_t n) noexcept;
 
-    // Frames that may go together: no stage reads what the same piece pushes, and no tap what it
-    // overwrites. Below longest_run at low rates only.
-    std::size_t longest_piece_ = 1;
-    std::size_t find_longest_piece() const;
+    // The delays of tank_allpass_in in samples, half 0 left and half 1 right, oldest frame first.
+    VESK_INLINE Block lfo_delays(const Block& lfo_phases, std::size_t n) const noexcept;
+
+    VESK_INLINE TappedRings tapped_rings() const noexcept;
+    // To the newest frame's taps; those of the i-th frame before it are i elements on.
+    VESK_INLINE TapPointers tap_pointers() const noexcept;
+    template <class T>
+    VESK_INLINE static Sums<T> sum_taps(const TapPointers& taps, std::size_t i) noexcept;
+
+    // The most frames of which no stage reads what another of them pushes, and no tap what one of
+    // them overwrites. Below max_block at low rates only.
+    std::size_t max_sub_block_ = 1;
+    std::size_t find_max_sub_block() const;
 };
 
-template <class T>
-VESK_INLINE T MatchedLowpass::pass(T x, T& state, T gain) noexcept {
-    const T v = (x - state) * gain;
-    const T passed = state + v;
-    state = state + (v + v);
-    return passed;
+VESK_INLINE Pair Reverb::next_lfo_phase(Pair phase) const noexcept {
+    const Pair next = phase + lfo_increment;
+    return next >= 1.0f ? next - 1.0f : next;
 }
 
-VESK_INLINE Pair Reverb::phases_after(Pair phases) const noexcept {
-    const Pair moved = phases + lfo_increment;
-    return moved >= 1.0f ? moved - 1.0f : moved;
-}
-
-VESK_INLINE Run Reverb::sway(const Run& phases, std::size_t n) const noexcept {
-    return map_run(
+VESK_INLINE Block Reverb::lfo_delays(const Block& lfo_phases, std::size_t n) const noexcept {
+    return map_block(
         n,
         [this]<class T>(T p) VESK_LAMBDA {
             constexpr float excursion = 8.0f;  // samples at 29761 Hz, either way
-            const T lengths = pairs<T>(672.0f, 908.0f);
+            const T lengths = broadcast<T>(672.0f, 908.0f);
             return ((fast_sine_cycle(p) + 1.0f) * excursion + lengths) * length_scale;
         },
-        phases);
+        lfo_phases);
 }
 
-VESK_INLINE Reverb::Recursions Reverb::recur(const Pair* predelayed, const Run& phases,
-                                             std::size_t n) noexcept {
+VESK_INLINE Reverb::FilterOutputs Reverb::run_recursive_filters(const Pair* predelayed,
+                                                                const Block& lfo_phases,
+                                                                std::size_t n) noexcept {
     ModulatedAllPass& m0 = tank_allpass_in[0];
     ModulatedAllPass& m1 = tank_allpass_in[1];
-    const Pair* const end0 = tank_delay_in[0].room(n);
-    const Pair* const end1 = tank_delay_in[1].room(n);
+    const Pair* const end0 = tank_delay_in[0].write_pointer(n);
+    const Pair* const end1 = tank_delay_in[1].write_pointer(n);
 
-    // Where between two samples each interpolator reads: their places, and the weight between them.
-    const auto whole_number = [](std::uint64_t x)
-                                  VESK_LAMBDA { return static_cast<std::int32_t>(x); };
-    const IntPair size{whole_number(m0.ring.size), whole_number(m1.ring.size)};
-    const IntPair head{whole_number(m0.ring.head), whole_number(m1.ring.head)};
-    const Pair most = floats(size - 2);
-    const Run delays = sway(phases, n);
-    Run weight;
-    IntPair place[longest_run];
-    in_fours(n, [&]<class T>(std::size_t i) VESK_LAMBDA {
+    // Each interpolator's read position: a storage index, and its coefficient for the fraction.
+    const auto as_int32 = [](std::uint64_t x) VESK_LAMBDA { return static_cast<std::int32_t>(x); };
+    const IntPair size{as_int32(m0.ring.size), as_int32(m1.ring.size)};
+    const IntPair head{as_int32(m0.ring.head), as_int32(m1.ring.head)};
+    const Pair max_position = to_float(size - 2);
+    const Block delays = lfo_delays(lfo_phases, n);
+    Block coefficient;
+    IntPair index[max_block];
+    for_each_vector(n, [&]<class T>(std::size_t i) VESK_LAMBDA {
         const T e = delays.at<T>(i) - 1.0f;
-        const T position = pairs<T>(most) >= e ? larger(e, T{}) : pairs<T>(most);
-        const Integers<T> whole_part = whole(position);
-        const T t = position - floats(whole_part);
-        weight.set(i, (1.0f - t) / (1.0f + t));
-        // The piece's own pushes are still to come: the distance is that much shorter.
-        const Integers<T> at = whole_part + pairs<T>(head) - frames_from<T>(i);
-        store(place + i, at >= pairs<T>(size) ? at - pairs<T>(size) : at);
+        const T position =
+            broadcast<T>(max_position) >= e ? max(e, T{}) : broadcast<T>(max_position);
+        const Integers<T> integer_part = to_int(position);
+        const T t = position - to_float(integer_part);
+        coefficient.set(i, (1.0f - t) / (1.0f + t));
+        // The earlier frames of this sub-block are not pushed yet: the distance is shorter by them.
+        const Integers<T> k = integer_part + broadcast<T>(head) - frame_indices<T>(i);
+        store(index + i, k >= broadcast<T>(size) ? k - broadcast<T>(size) : k);
     });
 
-    const Pair band_gain = bandwidth_filter.step_gain();
-    const Quad damp_gain = quad(damping_filter.step_gain(), damping_filter.step_gain());
-    Pair band = bandwidth_state;
-    Quad damp = quad(damping_state[0], damping_state[1]);
-    Quad between = quad(m0.interpolator_state, m1.interpolator_state);
-    Recursions out;
-    // Three chains side by side, each of which would wait for itself alone.
+    const Pair bandwidth_gain = bandwidth_filter.step_gain();
+    const Quad damping_gain = combine(damping_filter.step_gain(), damping_filter.step_gain());
+    Pair bandwidth = bandwidth_state;
+    Quad damping = combine(damping_state[0], damping_state[1]);
+    Quad interpolator = combine(m0.interpolator_state, m1.interpolator_state);
+    FilterOutputs out;
+    // Three independent loop-carried chains in one loop, so that their latencies overlap.
     for (std::size_t i = 0; i < n; ++i) {
         const std::size_t to = n - 1 - i;
-        out.band_passed[to] = MatchedLowpass::pass(predelayed[to], band, band_gain);
+        out.bandwidth_lp[to] = MatchedLowpass::lowpass(predelayed[to], bandwidth, bandwidth_gain);
 
-        const Quad damped = MatchedLowpass::pass(quad(end0[to], end1[to]), damp, damp_gain);
-        out.damp_passed[0][to] = low_half(damped);
-        out.damp_passed[1][to] = high_half(damped);
+        const Quad ends = combine(end0[to], end1[to]);
+        const Quad damped = MatchedLowpass::lowpass(ends, damping, damping_gain);
+        out.damping_lp[0][to] = lower_half(damped);
+        out.damping_lp[1][to] = upper_half(damped);
 
-        const Quad p0 = load<Quad>(m0.ring.storage.get() + place[i][0]);
-        const Quad p1 = load<Quad>(m1.ring.storage.get() + place[i][1]);
-        const Pair w = weight[i];
-        const Quad a = __builtin_shufflevector(w, w, 0, 0, 1, 1);
-        between =
-            (quad(low_half(p0), low_half(p1)) - between) * a + quad(high_half(p0), high_half(p1));
-        out.interpolated[0][to] = low_half(between);
-        out.interpolated[1][to] = high_half(between);
+        const Quad p0 = load<Quad>(m0.ring.storage.get() + index[i][0]);
+        const Quad p1 = load<Quad>(m1.ring.storage.get() + index[i][1]);
+        const Pair c = coefficient[i];
+        const Quad a = __builtin_shufflevector(c, c, 0, 0, 1, 1);
+        interpolator = (combine(lower_half(p0), lower_half(p1)) - interpolator) * a +
+                       combine(upper_half(p0), upper_half(p1));
+        out.interpolated[0][to] = lower_half(interpolator);
+        out.interpolated[1][to] = upper_half(interpolator);
     }
-    bandwidth_state = band;
-    damping_state = {low_half(damp), high_half(damp)};
-    m0.interpolator_state = low_half(between);
-    m1.interpolator_state = high_half(between);
+    bandwidth_state = bandwidth;
+    damping_state = {lower_half(damping), upper_half(damping)};
+    m0.interpolator_state = lower_half(interpolator);
+    m1.interpolator_state = upper_half(interpolator);
     return out;
 }
 
-VESK_INLINE void Reverb::pass_network(const Pair* predelayed, const Recursions& recursions,
-                                      std::size_t n) noexcept {
-    Pair* const diffused[] = {diffusers[0].ring.room(n), diffusers[1].ring.room(n),
-                              diffusers[2].ring.room(n), diffusers[3].ring.room(n)};
-    Pair* const in[] = {tank_allpass_in[0].ring.room(n), tank_allpass_in[1].ring.room(n)};
-    Pair* const delay_in[] = {tank_delay_in[0].room(n), tank_delay_in[1].room(n)};
-    Pair* const out[] = {tank_allpass_out[0].ring.room(n), tank_allpass_out[1].ring.room(n)};
-    Pair* const delay_out[] = {tank_delay_out[0].room(n), tank_delay_out[1].room(n)};
+VESK_INLINE void Reverb::run_allpasses(const Pair* predelayed, const FilterOutputs& filtered,
+                                       std::size_t n) noexcept {
+    Pair* const diffused[] = {
+        diffusers[0].ring.write_pointer(n), diffusers[1].ring.write_pointer(n),
+        diffusers[2].ring.write_pointer(n), diffusers[3].ring.write_pointer(n)};
+    Pair* const in[] = {tank_allpass_in[0].ring.write_pointer(n),
+                        tank_allpass_in[1].ring.write_pointer(n)};
+    Pair* const delay_in[] = {tank_delay_in[0].write_pointer(n), tank_delay_in[1].write_pointer(n)};
+    Pair* const out[] = {tank_allpass_out[0].ring.write_pointer(n),
+                         tank_allpass_out[1].ring.write_pointer(n)};
+    Pair* const delay_out[] = {tank_delay_out[0].write_pointer(n),
+                               tank_delay_out[1].write_pointer(n)};
     for (std::size_t k = 0; k < diffusers.size(); ++k) diffusers[k].last_read = *diffused[k];
     for (std::size_t h = 0; h < 2; ++h) tank_allpass_out[h].last_read = *out[h];
 
-    in_fours(n, [&]<class T>(std::size_t i) VESK_LAMBDA {
-        T y = bandwidth_filter.shelve(load<T>(predelayed + i), recursions.band_passed.at<T>(i));
+    for_each_vector(n, [&]<class T>(std::size_t i) VESK_LAMBDA {
+        T y = bandwidth_filter.output(load<T>(predelayed + i), filtered.bandwidth_lp.at<T>(i));
         y = diffusers[0].step(y, diffused[0] + i);
         y = diffusers[1].step(y, diffused[1] + i);
         y = diffusers[2].step(y, diffused[2] + i);
         y = diffusers[3].step(y, diffused[3] + i);
-        // Each half takes the other's end, read before anything is pushed.
-        const T gain = pairs<T>(decay);
+        // Each half takes the other one's end; both are read before either is overwritten.
+        const T gain = broadcast<T>(decay);
         const T into1 = y + gain * load<T>(delay_out[0] + i);
         const T into0 = y + gain * load<T>(delay_out[1] + i);
-        const auto half = [&](std::size_t h, T into) VESK_LAMBDA {
-            const T read = recursions.interpolated[h].at<T>(i);
+        const auto run_half = [&](std::size_t h, T x) VESK_LAMBDA {
+            const T delayed = filtered.interpolated[h].at<T>(i);
             const T end = load<T>(delay_in[h] + i);
-            store(delay_in[h] + i, tank_allpass_in[h].step(into, read, in[h] + i));
-            const T damped = damping_filter.shelve(end, recursions.damp_passed[h].at<T>(i));
+            store(delay_in[h] + i, tank_allpass_in[h].step(x, delayed, in[h] + i));
+            const T damped = damping_filter.output(end, filtered.damping_lp[h].at<T>(i));
             store(delay_out[h] + i, tank_allpass_out[h].step(gain * damped, out[h] + i));
         };
-        half(0, into0);
-        half(1, into1);
+        run_half(0, into0);
+        run_half(1, into1);
     });
 
-    for (AllPass& stage : diffusers) stage.ring.pushed(n);
+    for (AllPass& stage : diffusers) stage.ring.advance(n);
     for (std::size_t h = 0; h < 2; ++h) {
-        tank_allpass_in[h].ring.pushed(n);
-        tank_delay_in[h].pushed(n);
-        tank_allpass_out[h].ring.pushed(n);
-        tank_delay_out[h].pushed(n);
+        tank_allpass_in[h].ring.advance(n);
+        tank_delay_in[h].advance(n);
+        tank_allpass_out[h].ring.advance(n);
+        tank_delay_out[h].advance(n);
     }
+}
+
+VESK_INLINE void Reverb::run_network(const Block& x, const Block& lfo_phases,
+                                     std::size_t n) noexcept {
+    Pair* const in = predelay.write_pointer(n);
+    for_each_vector(n, [&]<class T>(std::size_t i) VESK_LAMBDA {
+        store(in + n - i - frames_per<T>, reverse<sizeof(Pair)>(x.at<T>(i)));
+    });
+    predelay.advance(n);
+    const Pair* const predelayed = predelay.pointer_at(predelay_samples);
+    run_allpasses(predelayed, run_recursive_filters(predelayed, lfo_phases, n), n);
 }
 
 VESK_INLINE Reverb::TappedRings Reverb::tapped_rings() const noexcept {
@@ -283,68 +264,59 @@ VESK_INLINE Reverb::TappedRings Reverb::tapped_rings() const noexcept {
             &in0, &in0, &mid0, &out0, &in1, &mid1, &out1};
 }
 
-VESK_INLINE Reverb::Taps Reverb::taps() const noexcept {
+VESK_INLINE Reverb::TapPointers Reverb::tap_pointers() const noexcept {
     const auto rings = tapped_rings();
-    Taps places;
-    for (std::size_t t = 0; t < places.size(); ++t) places[t] = rings[t]->run_at(output_taps[t]);
-    return places;
+    TapPointers taps;
+    for (std::size_t t = 0; t < taps.size(); ++t) taps[t] = rings[t]->pointer_at(output_taps[t]);
+    return taps;
 }
 
 template <class T>
-VESK_INLINE Reverb::Sums<T> Reverb::sum_taps(const Taps& taps, std::size_t i) noexcept {
-    const auto sum = [&](std::size_t t) VESK_LAMBDA {
-        const auto tap = [&](std::size_t k) VESK_LAMBDA { return load<T>(taps[t + k] + i); };
+VESK_INLINE Reverb::Sums<T> Reverb::sum_taps(const TapPointers& taps, std::size_t i) noexcept {
+    const auto sum = [&](std::size_t first) VESK_LAMBDA {
+        const auto tap = [&](std::size_t k) VESK_LAMBDA { return load<T>(taps[first + k] + i); };
         constexpr float tap_gain = 0.6f;
         return tap_gain * (tap(0) + tap(1) - tap(2) + tap(3) - tap(4) - tap(5) - tap(6));
     };
     return {sum(0), sum(tap_count / 2)};
 }
 
-VESK_INLINE void Reverb::prefetch_run(std::size_t n) const noexcept {
-    if (n > longest_piece_) [[unlikely]]
-        return;  // some ring is shorter than the run
-    const auto pushes = [n](const FrameRing& ring) VESK_LAMBDA { prefetch(ring.room(n), n); };
-    pushes(predelay);
-    prefetch(predelay.run_at(predelay_samples) - n, n);
-    for (const AllPass& stage : diffusers) pushes(stage.ring);
+VESK_INLINE void Reverb::prefetch_block(std::size_t n) const noexcept {
+    if (n > max_sub_block_) [[unlikely]]
+        return;  // some ring is shorter than the block
+    const auto prefetch_write = [n](const FrameRing& ring)
+                                    VESK_LAMBDA { prefetch(ring.write_pointer(n), n); };
+    prefetch_write(predelay);
+    prefetch(predelay.pointer_at(predelay_samples) - n, n);
+    for (const AllPass& stage : diffusers) prefetch_write(stage.ring);
     for (std::size_t h = 0; h < 2; ++h) {
-        pushes(tank_allpass_in[h].ring);
-        pushes(tank_delay_in[h]);
-        pushes(tank_allpass_out[h].ring);
-        pushes(tank_delay_out[h]);
+        prefetch_write(tank_allpass_in[h].ring);
+        prefetch_write(tank_delay_in[h]);
+        prefetch_write(tank_allpass_out[h].ring);
+        prefetch_write(tank_delay_out[h]);
     }
-    for (const Pair* place : taps()) prefetch(place - n, n);
+    for (const Pair* tap : tap_pointers()) prefetch(tap - n, n);
 }
 
-VESK_INLINE void Reverb::pass(const Run& x, const Run& phases, std::size_t n) noexcept {
-    Pair* const in = predelay.room(n);
-    in_fours(n, [&]<class T>(std::size_t i) VESK_LAMBDA {
-        store(in + n - i - frames_of<T>, reversed<sizeof(Pair)>(x.at<T>(i)));
-    });
-    predelay.pushed(n);
-    const Pair* const predelayed = predelay.run_at(predelay_samples);
-    pass_network(predelayed, recur(predelayed, phases, n), n);
-}
-
-VESK_INLINE Run Reverb::process(const Run& x, const Run& phases, std::size_t n) noexcept {
-    const auto heard = [this](std::size_t count, Pair* out) VESK_LAMBDA {
-        const Taps places = taps();
-        in_fours(count, [&]<class T>(std::size_t i) VESK_LAMBDA {
-            const Sums<T> sums = sum_taps<T>(places, i);
-            store(out + count - i - frames_of<T>,
-                  reversed<sizeof(Pair)>(left_and_right(sums.a, sums.b)));
+VESK_INLINE Block Reverb::process(const Block& x, const Block& lfo_phases, std::size_t n) noexcept {
+    const auto mix_taps = [this](std::size_t count, Pair* out) VESK_LAMBDA {
+        const TapPointers taps = tap_pointers();
+        for_each_vector(count, [&]<class T>(std::size_t i) VESK_LAMBDA {
+            const Sums<T> sums = sum_taps<T>(taps, i);
+            store(out + count - i - frames_per<T>,
+                  reverse<sizeof(Pair)>(merge_left_right(sums.a, sums.b)));
         });
     };
-    Run out;
-    if (n <= longest_piece_) [[likely]] {
-        pass(x, phases, n);
-        heard(n, out.frames);
+    Block out;
+    if (n <= max_sub_block_) [[likely]] {
+        run_network(x, lfo_phases, n);
+        mix_taps(n, out.frames);
         return out;
     }
-    for (std::size_t first = 0; first < n; first += longest_piece_) {
-        const std::size_t count = smaller(longest_piece_, n - first);
-        pass(x.slice(first, count), phases.slice(first, count), count);
-        heard(count, out.frames + first);
+    for (std::size_t first = 0; first < n; first += max_sub_block_) {
+        const std::size_t count = min(max_sub_block_, n - first);
+        run_network(x.slice(first, count), lfo_phases.slice(first, count), count);
+        mix_taps(count, out.frames + first);
     }
     return out;
 }

@@ -20,8 +20,8 @@ template <class T>
 VESK_INLINE T saturate(T x) noexcept {
     const T curve = fast_tanh(fast_tanh<T>(x * saturator_drive + saturator_bias));
     const T v = (curve - saturator_rest) * saturator_gain;
-    const T bound = magnitude(x);
-    return bound < v ? bound : larger(-bound, v);
+    const T bound = abs(x);
+    return bound < v ? bound : max(-bound, v);
 }
 
 }  // namespace orvane::blocks::vesk

@@ -9,7 +9,7 @@ constexpr float working_bandwidth = 16000.0f;  // Hz
 constexpr float working_damping = 12000.0f;    // Hz
 
 float unit(float x) {
-    return x > 1.0f ? 1.0f : larger(x, 0.0f);
+    return x > 1.0f ? 1.0f : max(x, 0.0f);
 }
 
 }  // namespace
@@ -22,15 +22,15 @@ Vesk::Vesk(float rate)
       reverb(rate),
       noise_bank(rate),
       wobble_bank(rate) {
-    reverb.bandwidth_cutoff = both(working_bandwidth);
+    reverb.bandwidth_cutoff = broadcast<Pair>(working_bandwidth);
     reverb.redesign_bandwidth();
-    reverb.damping_cutoff = both(working_damping);
+    reverb.damping_cutoff = broadcast<Pair>(working_damping);
     reverb.redesign_damping();
     apply_dry_wet_law();
 }
 
 Frame Vesk::process(Frame input) noexcept {
-    return frame(kernel_in_use().frame(*this, lanes(input)));
+    return to_frame(kernel_in_use().frame(*this, to_pair(input)));
 }
 
 void Vesk::process(const double* in_left, const double* in_right, double* out_left,

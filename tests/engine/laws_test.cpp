@@ -208,9 +208,8 @@ TEST(Laws, EntriesOfWildSpeedsAreNotNegative) {
     for (const std::string mode : {"repitch 0", "repitch 1"}) {
         Effect fast(8000, "mod_delay 200, mod_waveform 4, " + mode);
         fast.play(1000, steady(0.5f));
-        const auto& head =
-            mode == "repitch 1" ? fast.engine.tape_head : fast.engine.crossfade_heads[0];
-        EXPECT_GE(head.rate_left.storage[head.rate_left.head], 0);
+        const auto& entries = fast.engine.entry_rings.rate_left;
+        EXPECT_GE(entries.storage[entries.head], 0);
     }
 }
 
