@@ -1,101 +1,87 @@
-// The order of the stages: what the frames of a run pass on their way through the engine.
+// The order of the stages: how a block of frames passes through the engine.
 //
-// For the files that are compiled for one processor each (process_portable, process_fma); others
-// call Vesk::process.
+// Included by the two kernels only (process_portable, process_fma); all others call Vesk::process.
 #pragma once
 
 #include "engine/block.h"
 #include "engine/lanes.h"
 #include "engine/prefetch.h"
+#include "engine/routing.h"
 #include "engine/saturator.h"
 #include "engine/vesk.h"
 
 namespace orvane::blocks::vesk {
 
-// What follows from the raw input, or from nothing, and waits for itself: decided for a run before
-// any audio. Those of stages that are off stand unset.
+// The outputs of the recursive stages that depend on nothing but the raw input. They are computed
+// for a whole block before any audio. Those of stages that are off are uninitialised.
 struct ControlSignals {
-    Block phases;     // of the modulator
-    Block envelope;   // of the modulator
-    Block gate_gain;  // both lanes alike
-    Block reduction;  // of the ducker, dB
-    Block sway;       // phases of the reverb's oscillators
+    Block lfo_phases;         // of the modulator
+    Block envelope;           // of the modulator
+    Block gate_gain;          // equal in both lanes
+    Block reduction;          // of the ducker, dB
+    Block reverb_lfo_phases;  // of tank half 0 and of half 1
 
     VESK_INLINE ControlSignals slice(std::size_t first, std::size_t n) const noexcept {
-        return {phases.slice(first, n), envelope.slice(first, n), gate_gain.slice(first, n),
-                reduction.slice(first, n), sway.slice(first, n)};
+        return {lfo_phases.slice(first, n), envelope.slice(first, n), gate_gain.slice(first, n),
+                reduction.slice(first, n), reverb_lfo_phases.slice(first, n)};
     }
 };
 
 VESK_INLINE ControlSignals run_control_stages(Vesk& engine, const Block& x,
                                               std::size_t n) noexcept {
-    const bool mid_side = engine.channel_mode == kv7::orv::vesk::channel_mode::midside;
     const bool gate_on = engine.gate_on;
     const bool duck_on = engine.duck_on;
     const bool reverb_on = engine.reverb_amount != 0.0f;
-    // In mid/side mode the modulator follows mid and side; gate and ducker the raw input.
-    const Block level = map_block(
-        n, [=](auto a) VESK_LAMBDA { return abs(mid_side ? sum_and_difference(a) * 0.5f : a); }, x);
+    const Block level = with_routing(engine.channel_mode, [&](auto routing) VESK_LAMBDA {
+        return map_block(
+            n, [=](auto a) VESK_LAMBDA { return abs(routing.detector(a)); }, x);
+    });
     const Block peak = Gate::peaks(x, n);
-    const auto louder = [](auto a) VESK_LAMBDA { return max(abs(a), swap_left_right(abs(a))); };
+    const auto louder_channel = [](auto a)
+                                    VESK_LAMBDA { return max(abs(a), swap_left_right(abs(a))); };
     const Block target =
-        duck_on ? engine.ducker.targets(map_block(n, louder, x), n) : uninitialised_block();
-    // Copies keep their state in registers; side by side no chain waits for another.
+        duck_on ? engine.ducker.targets(map_block(n, louder_channel, x), n) : uninitialised_block();
+    // All of them in one loop, so that their latencies overlap; in copies, so that their state is
+    // kept in registers.
     Modulator modulator = engine.modulator;
     Gate gate = engine;
     Ducker ducker = engine.ducker;
-    Pair sway = engine.reverb.lfo_phase;
+    Pair reverb_lfo_phase = engine.reverb.lfo_phase;
     ControlSignals out;
     for (std::size_t i = 0; i < n; ++i) {
-        out.phases[i] = modulator.step_phases();
+        out.lfo_phases[i] = modulator.step_phases();
         out.envelope[i] = modulator.step_envelope(level[i]);
         if (gate_on) out.gate_gain[i] = broadcast<Pair>(gate.step(peak[i][0]));
         if (duck_on) out.reduction[i] = ducker.step(target[i]);
-        out.sway[i] = sway;
-        if (reverb_on) sway = engine.reverb.next_lfo_phase(sway);
+        out.reverb_lfo_phases[i] = reverb_lfo_phase;
+        if (reverb_on) reverb_lfo_phase = engine.reverb.next_lfo_phase(reverb_lfo_phase);
     }
     engine.modulator.phase = modulator.phase;
     engine.modulator.envelope = modulator.envelope;
     static_cast<Gate&>(engine) = gate;
     engine.ducker.reduction_db = ducker.reduction_db;
-    engine.reverb.lfo_phase = sway;
+    engine.reverb.lfo_phase = reverb_lfo_phase;
     return out;
 }
 
-// Sends x to the reverb with its side signal reduced. Its left output is tap sum A of the left
-// lane, its right output tap sum B of the right one.
-VESK_INLINE Block reverb_send(Vesk& engine, const Block& x, const Block& sway,
-                              std::size_t n) noexcept {
-    const Block sent = map_block(
-        n,
-        []<class T>(T a) VESK_LAMBDA {
-            constexpr float side_gain = 0.35355338f;  // 1 / (2 * sqrt(2))
-            return sum_and_difference(sum_and_difference(a) * broadcast<T>(0.5f, side_gain));
-        },
-        x);
-    const Block sums = engine.reverb.process(sent, sway, n);
-    return map_block(
-        n, [&](auto q) VESK_LAMBDA { return q * engine.reverb_amount; }, sums);
-}
-
-// A bank's next n values, each in both channels.
+// The next n values of a bank, times amount, each in both channels.
 template <class Bank>
 VESK_INLINE Block next_values(Bank& bank, float amount, std::size_t n) noexcept {
     float mono[max_block];
     bank.next(mono, n);
     Block values;
     for_each_vector(n, [&]<class T>(std::size_t i) VESK_LAMBDA {
-        const auto in_each = load<Mono<T>>(mono + i) * amount;
-        values.set(i, interleave(in_each, in_each));
+        const auto value = load<Mono<T>>(mono + i) * amount;
+        values.set(i, interleave(value, value));
     });
     return values;
 }
 
-// Octaves.
-VESK_INLINE Block read_speed(Vesk& engine, const ControlSignals& followed, std::size_t n) noexcept {
-    const Block m = engine.modulator.blend(followed.phases, followed.envelope, n);
-    constexpr float deepening = 3.0f;  // the label says four
-    const float depth = engine.mod_delay * (engine.mod_mult ? deepening : 1.0f);
+// The read speed in octaves: the modulator at its depth, and the wobble.
+VESK_INLINE Block read_speed(Vesk& engine, const ControlSignals& control, std::size_t n) noexcept {
+    const Block m = engine.modulator.blend(control.lfo_phases, control.envelope, n);
+    constexpr float mult = 3.0f;  // of mod_mult
+    const float depth = engine.mod_delay * (engine.mod_mult ? mult : 1.0f);
     if (!engine.wobble_on)
         return map_block(
             n, [&](auto a) VESK_LAMBDA { return a * depth + 0.0f; }, m);
@@ -104,9 +90,39 @@ VESK_INLINE Block read_speed(Vesk& engine, const ControlSignals& followed, std::
         n, [&](auto a, auto b) VESK_LAMBDA { return a * depth + b; }, m, w);
 }
 
-// The input with its noise, gated by the raw input.
-VESK_INLINE Block played_signal(Vesk& engine, const Block& x, const Block& gate_gain,
-                                std::size_t n) noexcept {
+VESK_INLINE void add(Block& x, const Block& y, std::size_t n) noexcept {
+    map_into(
+        x, n, [](auto p, auto q) VESK_LAMBDA { return p + q; }, x, y);
+}
+
+// The reverb's output for x, times reverb_amount. It is sent mid and side, the side 3 dB lower.
+VESK_INLINE Block reverb_send(Vesk& engine, const Block& x, const Block& lfo_phases,
+                              std::size_t n) noexcept {
+    const Block sent = map_block(
+        n,
+        []<class T>(T a) VESK_LAMBDA {
+            constexpr float side_gain = 0.35355338f;  // 1 / (2 * sqrt(2))
+            return sum_and_difference(sum_and_difference(a) * broadcast<T>(0.5f, side_gain));
+        },
+        x);
+    const Block sums = engine.reverb.process(sent, lfo_phases, n);
+    return map_block(
+        n, [&](auto q) VESK_LAMBDA { return q * engine.reverb_amount; }, sums);
+}
+
+// What the lines give back: decoded in place, then saturated.
+VESK_INLINE void decode_and_saturate(const Vesk& engine, Block& delayed, std::size_t n) noexcept {
+    with_routing(engine.channel_mode, [&](auto routing) VESK_LAMBDA {
+        map_into(
+            delayed, n, [=](auto d) VESK_LAMBDA { return routing.decode(d); }, delayed);
+    });
+    map_into(
+        delayed, n, [](auto d) VESK_LAMBDA { return saturate(d); }, delayed);
+}
+
+// The input with its gain, its noise and the gate.
+VESK_INLINE Block gated_input(Vesk& engine, const Block& x, const Block& gate_gain,
+                              std::size_t n) noexcept {
     Block g = engine.noise_on
                   ? map_block(
                         n, [&](auto a, auto b) VESK_LAMBDA { return a * engine.input_gain + b; }, x,
@@ -119,39 +135,26 @@ VESK_INLINE Block played_signal(Vesk& engine, const Block& x, const Block& gate_
     return g;
 }
 
-VESK_INLINE void add(Block& x, const Block& y, std::size_t n) noexcept {
-    map_into(
-        x, n, [](auto p, auto q) VESK_LAMBDA { return p + q; }, x, y);
+// What is written on the lines: the input and the feedback, encoded. What is fed back is s, and
+// with the reverb in the loop also its output r. r holds reverb_amount already, so the reverb
+// enters the loop at the square of it.
+VESK_INLINE Block line_input(const Vesk& engine, const Block& input, const Block& s, const Block& r,
+                             bool reverb_in_loop, std::size_t n) noexcept {
+    const float gain = engine.feedback;
+    return with_routing(engine.channel_mode, [&](auto routing) VESK_LAMBDA {
+        return map_block(
+            n,
+            [&, routing](auto i, auto a, auto b) VESK_LAMBDA {
+                const auto loop = reverb_in_loop ? a + engine.reverb_amount * b : a;
+                const auto f = routing.feedback(loop, gain);
+                const auto c = engine.feedback_invert ? routing.input(i) - f : routing.input(i) + f;
+                return routing.encode(c);
+            },
+            input, s, r);
+    });
 }
 
-// What enters the lines: the played signal and what is fed back of s and, when the reverb is in the
-// loop, of its r.
-VESK_INLINE Block line_input(const Vesk& engine, const Block& played, const Block& s,
-                             const Block& r, bool reverb_in_loop, std::size_t n) noexcept {
-    using kv7::orv::vesk::channel_mode;
-    const bool mid_side = engine.channel_mode == channel_mode::midside;
-    const bool pingpong = engine.channel_mode == channel_mode::pingpong;
-    constexpr float sum_gain = 0.70710677f;  // 1 / sqrt(2)
-    const float once = engine.feedback;
-    const auto input = [=](auto i) VESK_LAMBDA {
-        return pingpong ? zero_right((dup_left(i) + dup_right(i)) * sum_gain) : i;
-    };
-    // In ping-pong a full journey through both lines costs the square.
-    const auto fed_back = [=]<class T>(T f) VESK_LAMBDA {
-        return pingpong ? swap_left_right(f) * broadcast<T>(once * once, 1.0f) : f * once;
-    };
-    return map_block(
-        n,
-        [&]<class T>(T i, T a, T b) VESK_LAMBDA {
-            // b holds reverb_amount already: the reverb enters the loop at its square.
-            const T f = fed_back(reverb_in_loop ? a + engine.reverb_amount * b : a);
-            const T sum = engine.feedback_invert ? input(i) - f : input(i) + f;
-            return mid_side ? sum_and_difference(sum) * 0.5f : sum;
-        },
-        played, s, r);
-}
-
-// The wet signal behind width and ducker, mixed with the dry one.
+// The output: the wet signal after width and ducker, mixed with the dry one.
 VESK_INLINE Block mixed(const Vesk& engine, const Block& x, const Block& wet,
                         const Block& reduction, std::size_t n) noexcept {
     const float width = engine.width;
@@ -165,79 +168,75 @@ VESK_INLINE Block mixed(const Vesk& engine, const Block& x, const Block& wet,
         wet);
     if (engine.duck_on) engine.ducker.apply(o, reduction, n);
     const float wet_level = engine.output_gain * engine.wet_gain;
-    const bool clipped = engine.clip_dry;
+    const bool clip_dry = engine.clip_dry;
     return map_block(
         n,
         [&](auto a, auto b) VESK_LAMBDA {
-            const auto y = clipped ? saturate(b * engine.input_gain) * engine.output_gain : b;
+            const auto y = clip_dry ? saturate(b * engine.input_gain) * engine.output_gain : b;
             return wet_level * a + engine.dry_gain * y;
         },
         o, x);
 }
 
-// n frames whose reads all lie before their own writes, from frame first of the plan on.
-VESK_INLINE Block process_sub_block(Vesk& engine, const Block& x, const ControlSignals& followed,
+// The audio stages for n frames of which none reads what another one writes. They begin at frame
+// first of the plan.
+VESK_INLINE Block process_sub_block(Vesk& engine, const Block& x, const ControlSignals& control,
                                     const ReadPlan& plan, std::size_t first,
                                     std::size_t n) noexcept {
     using kv7::orv::vesk::location_mode;
-    const bool mid_side = engine.channel_mode == kv7::orv::vesk::channel_mode::midside;
     const bool reverb_on = engine.reverb_amount != 0.0f;
-    const location_mode location = engine.reverb_location;
+    const bool reverb_pre = reverb_on && engine.reverb_location == location_mode::pre;
+    const bool reverb_post = reverb_on && engine.reverb_location == location_mode::post;
+    const bool reverb_in_loop = reverb_on && engine.reverb_location == location_mode::feedback;
 
-    const Block delayed = engine.read_delay(plan, first, n);
-    Block s = map_block(
-        n,
-        [=](auto d) VESK_LAMBDA {
-            // Unity: the halves are in the encoding.
-            return saturate(mid_side ? sum_and_difference(d) : d);
-        },
-        delayed);
-    const bool reverb_in_loop = reverb_on && location == location_mode::feedback;
-    Block r = reverb_in_loop ? reverb_send(engine, s, followed.sway, n) : uninitialised_block();
+    const auto send = [&](const Block& to_reverb) VESK_LAMBDA {
+        return reverb_send(engine, to_reverb, control.reverb_lfo_phases, n);
+    };
+    Block s = engine.read_delay(plan, first, n);
+    decode_and_saturate(engine, s, n);
+    Block r = reverb_in_loop ? send(s) : uninitialised_block();
 
-    Block played = played_signal(engine, x, followed.gate_gain, n);
-    if (reverb_on && location == location_mode::pre)
-        add(played, reverb_send(engine, played, followed.sway, n), n);
-    engine.write_delay(line_input(engine, played, s, reverb_in_loop ? r : s, reverb_in_loop, n), n);
+    Block input = gated_input(engine, x, control.gate_gain, n);
+    if (reverb_pre) add(input, send(input), n);
+    engine.write_delay(line_input(engine, input, s, reverb_in_loop ? r : s, reverb_in_loop, n), n);
 
     if (reverb_in_loop) add(r, s, n);
     Block& wet = reverb_in_loop ? r : s;
-    if (reverb_on && location == location_mode::post)
-        add(wet, reverb_send(engine, wet, followed.sway, n), n);
-    return mixed(engine, x, wet, followed.reduction, n);
+    if (reverb_post) add(wet, send(wet), n);
+    return mixed(engine, x, wet, control.reduction, n);
 }
 
-// Asks for the memory that the next run of n frames meets. Always inlined: a compiler would drop
-// a call of it as one without effect.
+// A block of n frames, 1 to max_block. Control signals and reads are computed for all of it, the
+// audio in sub-blocks where a delay is shorter than the block.
+VESK_INLINE Block process_block(Vesk& engine, const Block& x, std::size_t n) noexcept {
+    const ControlSignals control = run_control_stages(engine, x, n);
+    const ReadPlan plan = engine.plan_reads(read_speed(engine, control, n), n);
+    std::size_t length = plan.max_sub_block(0, n);
+    if (length == n) [[likely]]
+        return process_sub_block(engine, x, control, plan, 0, n);
+    Block out;
+    for (std::size_t first = 0; first < n; first += length) {
+        length = plan.max_sub_block(first, n);
+        const Block y = process_sub_block(engine, x.slice(first, length),
+                                          control.slice(first, length), plan, first, length);
+        for (std::size_t i = 0; i < length; ++i) out[first + i] = y[i];
+    }
+    return out;
+}
+
+// Prefetches what the next n frames read and write. Inlined, since compilers take a function that
+// only prefetches for one without effect and drop the call.
 VESK_INLINE void prefetch_block(const Vesk& engine, std::size_t n) noexcept {
-    const auto ask = [&](std::size_t frames) VESK_LAMBDA {
+    const auto prefetch_stages = [&](std::size_t frames) VESK_LAMBDA {
         if (engine.wobble_on) engine.wobble_bank.prefetch_block(frames);
         engine.DelaySection::prefetch_block(frames);
         if (engine.noise_on) engine.noise_bank.prefetch_block(frames);
         if (engine.reverb_amount != 0.0f) engine.reverb.prefetch_block(frames);
     };
     if (n == max_block) [[likely]]
-        ask(max_block);  // a number known here needs no loops
+        prefetch_stages(max_block);  // a constant: its loops are unrolled
     else if (n >= min_prefetched_block)
-        ask(n);
-}
-
-// A run of n frames, 1 to max_block. What depends on the input alone is decided for all of them;
-// the audio follows in as many pieces as the shortest delay asks for.
-VESK_INLINE Block process_block(Vesk& engine, const Block& x, std::size_t n) noexcept {
-    const ControlSignals followed = run_control_stages(engine, x, n);
-    const ReadPlan plan = engine.plan_reads(read_speed(engine, followed, n), n);
-    std::size_t piece = plan.max_sub_block(0, n);
-    if (piece == n) [[likely]]
-        return process_sub_block(engine, x, followed, plan, 0, n);
-    Block out;
-    for (std::size_t first = 0; first < n; first += piece) {
-        piece = plan.max_sub_block(first, n);
-        const Block y = process_sub_block(engine, x.slice(first, piece),
-                                          followed.slice(first, piece), plan, first, piece);
-        for (std::size_t i = 0; i < piece; ++i) out[first + i] = y[i];
-    }
-    return out;
+        prefetch_stages(n);
 }
 
 }  // namespace orvane::blocks::vesk
