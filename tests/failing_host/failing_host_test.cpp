@@ -239,6 +239,22 @@ TEST(ActingHost, MaySetAValueMeanwhileOnAnyThread) {
             [](life& l) { EXPECT_EQ(l.box->get_number("feedback"), 1.25); });
 }
 
+// Restored in the order of registration, the second is the channel mode.
+TEST(ActingHost, MayRefuseAValueWhichIsSetWithoutIt) {
+    life l;
+    load_of(VESK_OBJECT_FILE).run(l);
+    make_of("orv.device.vesk~ @channel_mode pingpong").run(l);
+    l.box->prepare(8000.0, 64);
+    failing_calls::start("object_attr_setvalueof", 2);
+    EXPECT_EQ(lines_during([&] { l.box->prepare(9000.0, 64); }), 1U);
+    failing_calls::start();
+    std::vector<double> left(5000), right(5000);
+    right[0] = 0.01;
+    double* const channels[] = {left.data(), right.data()};
+    l.box->run(channels, channels, 5000);
+    EXPECT_GT(*std::max_element(left.begin(), left.end()), 0.005) << "from right to left";
+}
+
 // Of the rates that come while values are put back the newest is prepared, once.
 TEST(ActingHost, MaySendANewRateMeanwhile) {
     int sent = 0;

@@ -29,6 +29,8 @@ TEST(Instance, TakesArgumentsThenSetUpThenTheAttributesOfItsBox) {
     EXPECT_EQ(made.box->get_number("shape"), 1.0);
     EXPECT_EQ(made.box->notifications(), lines{"modified"}) << "the default of \"value\"";
     EXPECT_EQ(static_cast<tesk_signal_object*>(made.box->object())->flags & 1, 1);
+    EXPECT_EQ(made.box->assist(false, 1), "right in");
+    EXPECT_EQ(made.box->assist(true, 1), "count out");
 }
 
 TEST(Instance, ThatFailsToBeMadeReportsWhyAndLeavesNothing) {

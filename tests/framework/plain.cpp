@@ -27,7 +27,7 @@ public:
                           object_error(valid_host_object(), "float %s at %d", text.c_str(), inlet);
                           return values;
                       },
-                      "Takes  a&b numbers. Fast."};
+                      "Takes  a&b numbers from 0.5 on. Fast."};
     message<2> mousedown{this, "mousedown", [](const atoms& values, int) { return values; }};
     inlet<0> in{this, "in", "signal"};
     attribute<double, 2, limit::none, 2> gain{this, "gain", 0.5, {}, "", "No point [here"};

@@ -124,8 +124,8 @@ TEST(ReferencePage, IsWrittenByteForByte) {
 	<methodlist>
 
 		<method name='float'>
-			<digest>Takes  a&b numbers</digest>
-			<description>Takes  a&b numbers. Fast.</description>
+			<digest>Takes  a&b numbers from 0.5 on</digest>
+			<description>Takes  a&b numbers from 0.5 on. Fast.</description>
 		</method>
 
 	</methodlist>
