@@ -3,7 +3,7 @@
 namespace orvane::blocks::vesk {
 namespace {
 
-std::uint64_t whole_line(float rate) {
+std::uint64_t line_samples(float rate) {
     return static_cast<std::uint64_t>(rate * line_seconds);
 }
 
@@ -11,13 +11,13 @@ std::uint64_t whole_line(float rate) {
 
 DelaySection::DelaySection(float rate)
     : sample_rate(rate),
-      delay_left(whole_line(rate) + zeros_of_empty_line),
-      delay_right(whole_line(rate) + zeros_of_empty_line),
-      delay_capacity(whole_line(rate) + zeros_of_empty_line),
-      tape_head(whole_line(rate) + 2),
+      delay_left(line_samples(rate) + zeros_of_empty_line),
+      delay_right(line_samples(rate) + zeros_of_empty_line),
+      delay_capacity(line_samples(rate) + zeros_of_empty_line),
+      tape_head(line_samples(rate) + 2),
       delay_smoothing_coefficient(
           broadcast<Pair>(one_pole_coefficient(delay_smoothing_time, rate))),
-      crossfade_heads{ReadHead(whole_line(rate) + 2), ReadHead(whole_line(rate) + 2)} {
+      crossfade_heads{ReadHead(line_samples(rate) + 2), ReadHead(line_samples(rate) + 2)} {
     clear_delay_lines();
     reset_read_heads();
 }
@@ -39,8 +39,8 @@ void DelaySection::reset_read_heads() noexcept {
     crossfade_length = 0;
     const Pair entry = fixed_point_one / wanted;
     tape_head.seed(static_cast<std::int64_t>(entry[0]), static_cast<std::int64_t>(entry[1]));
-    // Both crossfade heads are seeded alike. Their rings differ beyond the two entries that count
-    // as filled, where nobody reads, so that a reset takes the same short time at every length.
+    // Seeding both heads in the same way is as good as copying one to the other, and takes constant
+    // time: their rings differ only past the two filled entries, where nothing is read.
     for (ReadHead& head : crossfade_heads)
         head.seed(static_cast<std::int64_t>(fixed_point_one),
                   static_cast<std::int64_t>(fixed_point_one));
