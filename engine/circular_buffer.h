@@ -19,20 +19,12 @@ namespace orvane::blocks::vesk {
 // such a range can be read and written without a wrap, wherever it begins.
 //
 // A block's range may be at most as long as the ring.
-//
-// A large allocation starts on a page boundary. Rings that are read in step must not all start at
-// the same offset within their pages: they would compete for the same cache sets, and each read
-// would appear to depend on the last write. So every ring starts some cache lines after the one
-// made before.
 template <class T>
 struct CircularBuffer {
     static_assert(std::is_trivially_copyable_v<T>);
 
     struct Release {
-        std::size_t bytes_before = 0;
-        void operator()(T* p) const noexcept {
-            ::operator delete(reinterpret_cast<std::byte*>(p) - bytes_before, alignment);
-        }
+        void operator()(T* p) const noexcept { ::operator delete(p, alignment); }
     };
 
     std::unique_ptr<T[], Release> storage;  // size elements, then the first max_block repeated
@@ -81,7 +73,7 @@ struct CircularBuffer {
     void zero() noexcept;  // contents only: head and size stay
 
 private:
-    static constexpr std::align_val_t alignment{64};
+    static constexpr std::align_val_t alignment{64};  // a cache line
     static constexpr std::uint64_t repeated = max_block;
 
     VESK_INLINE std::uint64_t head_after(std::uint64_t count) const noexcept {
@@ -96,16 +88,10 @@ private:
     }
 };
 
-// The offset within its page at which the next ring starts: bytes, a multiple of a cache line.
-std::size_t next_ring_offset() noexcept;
-
 template <class T>
-CircularBuffer<T>::CircularBuffer(std::uint64_t elements) : size(elements) {
-    const std::size_t before = next_ring_offset();
-    auto* const allocation = static_cast<std::byte*>(
-        ::operator new(before + (elements + repeated) * sizeof(T), alignment));
-    storage =
-        std::unique_ptr<T[], Release>(reinterpret_cast<T*>(allocation + before), Release{before});
+CircularBuffer<T>::CircularBuffer(std::uint64_t elements)
+    : storage(static_cast<T*>(::operator new((elements + repeated) * sizeof(T), alignment))),
+      size(elements) {
     // Written here, so that no page of the ring is touched for the first time on the audio thread.
     std::uninitialized_fill_n(storage.get(), elements + repeated, T{});
 }

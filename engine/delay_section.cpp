@@ -3,7 +3,7 @@
 namespace orvane::blocks::vesk {
 namespace {
 
-std::uint64_t whole_line(float rate) {
+std::uint64_t line_samples(float rate) {
     return static_cast<std::uint64_t>(rate * line_seconds);
 }
 
@@ -11,10 +11,10 @@ std::uint64_t whole_line(float rate) {
 
 DelaySection::DelaySection(float rate)
     : sample_rate(rate),
-      delay_left(whole_line(rate) + zeros_of_empty_line),
-      delay_right(whole_line(rate) + zeros_of_empty_line),
-      delay_capacity(whole_line(rate) + zeros_of_empty_line),
-      entry_rings(whole_line(rate) + 2),
+      delay_left(line_samples(rate) + zeros_of_empty_line),
+      delay_right(line_samples(rate) + zeros_of_empty_line),
+      delay_capacity(line_samples(rate) + zeros_of_empty_line),
+      entry_rings(line_samples(rate) + 2),
       delay_smoothing_coefficient(
           broadcast<Pair>(one_pole_coefficient(delay_smoothing_time, rate))) {
     clear_delay_lines();

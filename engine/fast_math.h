@@ -1,8 +1,8 @@
 // The engine's elementary functions: short polynomials in place of the standard library's.
 //
-// Pure, without state or table, good to about five decimal digits, and part of the sound:
-// what these polynomials give is what filters, gains and the saturator are. Each is one formula
-// over a lane type, so that a vector equals its lanes taken alone, bit for bit.
+// Pure functions without tables, accurate to about five decimal digits. Their errors are part of
+// the sound: filters, gains and the saturator are defined by these polynomials. Each is one formula
+// over a lane type T, so a vector's lanes have the bits of the scalar function.
 #pragma once
 
 #include "engine/fused.h"
@@ -13,20 +13,20 @@ namespace orvane::blocks::vesk {
 constexpr float log2_of_e = 1.442695f;
 constexpr float half_pi = 1.5707964f;
 
-// 2 to the power f for f in 0 up to 1; exactly 1 at 0 and 2 at 1, so that results join.
+// 2 to the power f for f from 0 to 1; exactly 1 at 0 and 2 at 1, so that fast_exp2 is continuous.
 template <class T>
 VESK_INLINE constexpr T fast_exp2_fraction(T f) noexcept {
     return fused(f, fused(f, fused(f, fused(f, 0.013487903f, 0.0521745f), 0.24128748f), 0.6930501f),
                  1.0f);
 }
 
-// 2 to the power x. Exact powers at whole numbers, 0 below -126 (no denormal arises) and for what
-// is not a number, infinity from 128 on.
+// 2 to the power x. Exact at integers; 0 below -126, so that no denormal arises, and for a
+// not-a-number; infinity from 128 on.
 template <class T>
 VESK_INLINE constexpr T fast_exp2(T x) noexcept {
     constexpr float exponent_bias = 127.0f;
-    constexpr float top_exponent = 255.0f;
-    const T limited = min(broadcast<T>(top_exponent), x + exponent_bias);
+    constexpr float max_exponent = 255.0f;
+    const T limited = min(broadcast<T>(max_exponent), x + exponent_bias);
     const T v = max(limited, broadcast<T>(0.0f));
     const Integers<T> i = to_int(v);
     const T scale = from_bits<T>(i << 23);  // the exponent field alone: a power of two
@@ -48,7 +48,7 @@ VESK_INLINE constexpr T fast_db_to_gain(T x) noexcept {
     return fast_exp2<T>(x * octaves_per_db);
 }
 
-// log2(1 + m) for m in 0 up to 1, as a rational function; exactly 0 at 0 and 1 at 1.
+// log2(1 + m) for m from 0 to 1, as a rational function; exactly 0 at 0 and 1 at 1.
 template <class T>
 VESK_INLINE T fast_log2_of_one_plus(T m) noexcept {
     return (fused(m, fused(m, -0.038423624f, 0.3883265f), 2.1196218f) * m) / (m + 1.4695246f);
@@ -58,7 +58,7 @@ VESK_INLINE T fast_log2_mantissa(T x) noexcept {
     return fast_log2_of_one_plus<T>(x - 1.0f);
 }
 
-// x positive and finite: nothing guards it. 0 gives -127.
+// x must be positive and finite; that is not checked. 0 gives -127.
 template <class T>
 VESK_INLINE T fast_log2(T x) noexcept {
     const Integers<T> bits = bits_of(x);
@@ -77,34 +77,34 @@ VESK_INLINE T fast_gain_to_db(T x) noexcept {
     return fast_log2(x) * db_per_octave;
 }
 
-// sin(x) / x over z = x * x, for x from -pi/2 to pi/2.
+// sin(x) / x as a polynomial in z = x * x, for x from -pi/2 to pi/2.
 template <class T>
 VESK_INLINE constexpr T sine_over_angle(T z) noexcept {
     return fused(z, fused(z, fused(z, -0.00018284567f, 0.008304825f), -0.16664949f), 0.99999833f);
 }
 
-// x in radians from -pi/2 to pi/2. A little above 1 at the end: callers that need a bound clamp.
+// x in radians from -pi/2 to pi/2. The result exceeds 1 by up to 2e-6 at pi/2.
 template <class T>
 VESK_INLINE constexpr T fast_sine(T x) noexcept {
     return sine_over_angle<T>(x * x) * x;
 }
 
-// Sine of a quarter turn times u, u from 0 to 1.
+// sin(u * pi/2) for u from 0 to 1.
 VESK_INLINE constexpr float fast_sine_unit(float u) noexcept {
     constexpr float half_pi_squared = 2.4674013f;
     return sine_over_angle(u * u * half_pi_squared) * u * half_pi;
 }
 
-// The phase p, 0 up to 1, folded into a triangle: 0, up to 1 at 0.25, down to -1 at 0.75, to 0.
+// A triangle wave of phase p, 0 up to 1: 0 at 0, 1 at 0.25, -1 at 0.75.
 template <class T>
 VESK_INLINE T triangle_of_phase(T p) noexcept {
     return 1.0f - abs<T>(2.0f - abs<T>(p * 4.0f - 3.0f));
 }
 
-// Sine of a phase p in cycles, 0 up to 1.
+// sin(2 * pi * p) for a phase p, 0 up to 1.
 template <class T>
 VESK_INLINE T fast_sine_cycle(T p) noexcept {
-    constexpr float half_pi_squared = 2.467401f;  // one float below that of fast_sine_unit
+    constexpr float half_pi_squared = 2.467401f;  // the float next below that of fast_sine_unit
     const T t = triangle_of_phase(p);
     return sine_over_angle<T>(t * t * half_pi_squared) * (t * half_pi);
 }
@@ -116,8 +116,9 @@ VESK_INLINE constexpr T fast_tanh(T x) noexcept {
     return copysign<T>((1.0f - e) / (e + 1.0f), x);
 }
 
-// The k of state = (1 - k) * state + k * goal, for a time constant in seconds at a rate in Hz.
-// A time constant of 0 gives 1 to float accuracy: the smoother jumps.
+// The k of the one-pole smoother state = (1 - k) * state + k * goal: 1 - exp(-1 / (seconds *
+// rate)), rate in Hz. A time constant of 0 gives 1 to float accuracy, a smoother that follows at
+// once.
 template <class T>
 VESK_INLINE constexpr T one_pole_coefficient(T seconds, T rate) noexcept {
     const T samples = seconds * rate;
@@ -125,7 +126,8 @@ VESK_INLINE constexpr T one_pole_coefficient(T seconds, T rate) noexcept {
     return 1.0f - fast_exp2<T>(-log2_of_e / (samples < floor ? floor : samples));
 }
 
-// Four-point, third-order Hermite (Catmull-Rom) between b and c, t from 0 up to 1: b at 0 exactly.
+// Four-point, third-order Hermite interpolation (Catmull-Rom) between b at t = 0, which is exact,
+// and c at t = 1.
 template <class T>
 VESK_INLINE constexpr T hermite_interpolate(T a, T b, T c, T d, T t) noexcept {
     const T c1 = (c - a) * 0.5f;

@@ -1,9 +1,9 @@
-// One fused multiply-add, a * b + c with a single rounding, with the same bits on every processor.
+// Fused multiply-add: a * b + c with a single rounding, the same bits on every processor.
 //
-// Where the compiler may use the instruction it does. Elsewhere the product is exact in 64 bits and
-// the sum is rounded twice, which differs from once only where the 64-bit sum lies half-way between
-// two 32-bit floats or is too small for a normal one: those take a slower road that rounds the sum
-// to odd first. The C library's own fmaf is a call, and wrong on some platforms.
+// A processor with the instruction uses it. Elsewhere the product is exact in 64 bits, and the sum
+// is rounded twice, to 64 and to 32 bits. That differs from a single rounding only where the 64-bit
+// sum is half-way between two 32-bit floats or below the normal ones; for these a slower path
+// rounds the sum to odd first. The C library's fmaf is a call, and wrong on some platforms.
 #pragma once
 
 #include <cstdint>
@@ -17,7 +17,9 @@
 
 namespace orvane::blocks::vesk {
 
-// a + b rounded to 32 bits once; product is exact and so is the error of the 64-bit sum.
+// product + c rounded to 32 bits once; sum is their sum in 64 bits. The error of that sum is exact,
+// so rounding it to odd (its last bit set where anything was lost) leaves the second rounding
+// right.
 [[gnu::noinline]] static constexpr float round_sum_once(double product, double c, double sum) {
     if (!(sum - sum == 0.0)) return static_cast<float>(sum);  // infinite or not a number
     const double c_part = sum - product;
@@ -31,14 +33,14 @@ namespace orvane::blocks::vesk {
 }
 
 VESK_INLINE constexpr float fused_in_software(float a, float b, float c) noexcept {
-    constexpr std::uint64_t below_float = 0x1FFFFFFF;  // bits of a double that a float has not
+    constexpr std::uint64_t below_float = 0x1FFFFFFF;  // mantissa bits that a float lacks
     constexpr std::uint64_t half_way = 0x10000000;
-    constexpr double smallest_normal = 0x1p-126;
+    constexpr double min_normal = 0x1p-126;  // of a float
     const double product = static_cast<double>(a) * static_cast<double>(b);
     const double sum = product + static_cast<double>(c);
     const auto bits = __builtin_bit_cast(std::uint64_t, sum);
-    const double size = sum < 0.0 ? -sum : sum;
-    if ((bits & below_float) != half_way && size >= smallest_normal) [[likely]]
+    const double magnitude = sum < 0.0 ? -sum : sum;
+    if ((bits & below_float) != half_way && magnitude >= min_normal) [[likely]]
         return static_cast<float>(sum);
     return round_sum_once(product, static_cast<double>(c), sum);
 }
@@ -49,8 +51,8 @@ VESK_INLINE constexpr float fused(float a, float b, float c) noexcept {
 #endif
     return fused_in_software(a, b, c);
 }
-// The vector extensions have no fused operation, and the compilers do not always find one in eight
-// scalar ones: here alone the instruction is named.
+// The compilers' vector types have no fused operation, and eight scalar ones are not always made
+// into one instruction. So these two are the only intrinsics of the engine.
 #ifdef __FMA__
 VESK_INLINE Quad fused(Quad a, Quad b, Quad c) noexcept {
     return _mm_fmadd_ps(a, b, c);
@@ -71,7 +73,7 @@ VESK_INLINE Oct fused(Oct a, Oct b, Oct c) noexcept {
 VESK_INLINE Pair fused(Pair a, Pair b, Pair c) noexcept {
     return lower_half(fused(combine(a, a), combine(b, b), combine(c, c)));
 }
-// With constants in one or two places.
+// With constants for c, or for b and c.
 template <class T>
 VESK_INLINE constexpr T fused(T a, T b, float c) noexcept requires(!std::is_same_v<T, float>) {
     return fused(a, b, broadcast<T>(c));

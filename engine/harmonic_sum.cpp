@@ -7,8 +7,8 @@ namespace orvane::blocks::vesk {
 namespace {
 
 // One pass of the transform: splits each of the `stride` interleaved transforms of `radix` *
-// `count` points into `radix` of `count` points. The output comes out in order, hence two buffers
-// and no bit reversal.
+// `count` points into `radix` of `count` points. The output is in natural order, so there are two
+// buffers and no bit reversal (Stockham).
 template <std::size_t radix>
 void split(std::span<const Rotor> in, std::span<Rotor> out, std::size_t stride,
            std::span<const Rotor> circle) {
@@ -64,8 +64,8 @@ std::vector<Rotor> transform(std::vector<Rotor> points, std::span<const Rotor> c
 }  // namespace
 
 std::vector<double> sum_harmonics(std::span<const Rotor> harmonics, std::span<const Rotor> circle) {
-    // Even samples make the real part and odd ones the imaginary part of a transform of half the
-    // length, which takes half the time of the whole one.
+    // A real signal by a complex transform of half the length: even samples are its real part, odd
+    // samples its imaginary part.
     const std::size_t half = harmonics.size();
     std::vector<Rotor> points(half);
     points[0] = {harmonics[0].re, harmonics[0].re};

@@ -1,4 +1,4 @@
-// Sums the harmonics of a loop into its samples: an inverse Fourier transform.
+// The samples of a loop from its harmonics: an inverse Fourier transform.
 #pragma once
 
 #include <span>

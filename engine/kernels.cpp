@@ -3,8 +3,8 @@
 namespace orvane::blocks::vesk {
 namespace {
 
-// The functions themselves, so that a call is one load away. Null until this file's initialiser has
-// run; no engine is made before.
+// A copy of the functions, so that a call needs one load. Null until this file's initialiser has
+// run, which no engine precedes.
 constinit Kernel current = {nullptr, nullptr};
 
 [[maybe_unused]] const bool chosen = [] {

@@ -1,4 +1,5 @@
-// The per-sample work, compiled once for any processor and once for those with fused multiply-add.
+// The two kernels: the audio processing, compiled for any x86-64 processor and for those with AVX2
+// and fused multiply-add. Both give the same bits.
 #pragma once
 
 #include <cstddef>
@@ -10,18 +11,17 @@ namespace orvane::blocks::vesk {
 struct Vesk;
 
 struct Kernel {
-    Pair (*frame)(Vesk& engine, Pair x) noexcept;
+    Pair (*frame)(Vesk& engine, Pair x) noexcept;  // one frame
     void (*frames)(Vesk& engine, const double* in_left, const double* in_right, double* out_left,
                    double* out_right, std::size_t frames) noexcept;
 };
 
-// The same bits from both.
 extern const Kernel portable_kernel;
 extern const Kernel fma_kernel;
 
-bool processor_has_fma() noexcept;  // all that fma_kernel was compiled for
+bool processor_has_fma() noexcept;  // and the other extensions that fma_kernel is compiled for
 
-// The kernel in use, chosen when the program loads. Tests may choose another while no engine runs.
+// Chosen when the program loads. Tests may choose another while no engine runs.
 const Kernel& kernel_in_use() noexcept;
 void use_kernel(const Kernel& kernel) noexcept;
 

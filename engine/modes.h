@@ -1,4 +1,4 @@
-// What can be chosen by name. The stored values are 32-bit integers; their order is the user's.
+// The choices of the effect. Their values are 32-bit integers that users' settings store by index.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,4 @@
-// The five noise tables, as mains lines standing in a spectrum of noise.
+// The five noise tables: a spectrum of noise with mains harmonics in it.
 #include <random>
 #include <utility>
 
@@ -11,9 +11,9 @@ namespace {
 constexpr std::size_t length = 88200;
 constexpr double rate = 44100.0;  // Hz; harmonics lie half a hertz apart
 
-// The levels were fitted, octave by octave, to the spectrum that each table should show. The seeds
-// are the best of some thousand: peaks near the wanted extremes, even frames of 100 ms and a step
-// across the loop's ends smaller than most steps inside it.
+// The levels are fitted, octave by octave, to each table's target spectrum. The seeds are the best
+// of some thousand: peaks near the target extremes, even levels of 100 ms frames, and a step from
+// the loop's end to its start that is smaller than most steps inside it.
 constexpr SpectrumPoint hum_and_hiss_noise[] = {
     {6, 0.0},        {10, 8.79e-3},   {18, 8.79e-3},   {24, 1.17e-3},    {31.5, 1.17e-3},
     {63, 1.32e-3},   {125, 9.05e-4},  {250, 8.44e-4},  {500, 7.20e-4},   {1000, 8.08e-4},
@@ -75,27 +75,27 @@ constexpr RandomLoop dull_hum{.rate = rate,
                               .spectrum = dull_hum_noise,
                               .lines = dull_hum_lines};
 
-// The hums of the third and the fifth table are louder in their first second. The level changes
-// slowly enough not to mark the loop's ends.
+// The third and the fifth table are louder in their first second. The level changes slowly enough
+// for the loop's ends not to be heard.
 constexpr double strong_hum_tilt = 0.154;
 constexpr double dull_hum_tilt = 0.118;
 constexpr std::size_t tilt_fade = 4410;  // samples
 
-// Clicks of a supply that switches a hundred times a second: one in each of 36 equal stretches, so
-// that they neither bunch nor keep time. Every fourth is somewhere between the switching instants.
+// Clicks of a supply that switches a hundred times a second: one in each of 36 equal segments, so
+// that they are spread evenly without a rhythm. Every fourth is at no switching instant.
 constexpr std::size_t spike_count = 36;
 constexpr std::size_t switching_period = 441;  // samples
-constexpr double smallest_spike = 0.12;        // rides high over the hiss of 0.01
+constexpr double min_spike = 0.12;             // the hiss is at 0.01
 constexpr double spike_range = 0.04;
 
 void add_spikes(std::vector<double>& loop) {
     std::mt19937 random(1);
-    const std::size_t stretch = loop.size() / spike_count;
+    const std::size_t segment = loop.size() / spike_count;
     for (std::size_t i = 0; i < spike_count; ++i) {
-        std::size_t at = i * stretch + random() % stretch;
+        std::size_t at = i * segment + random() % segment;
         if (i % 4 != 3) at -= at % switching_period;
         const double height =
-            smallest_spike + spike_range * static_cast<double>(random() % 1024) / 1024.0;
+            min_spike + spike_range * static_cast<double>(random() % 1024) / 1024.0;
         loop[at] += random() % 2 == 1 ? height : -height;
     }
 }

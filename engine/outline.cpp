@@ -3,7 +3,7 @@
 namespace orvane::blocks::vesk {
 namespace {
 
-// The tangent where two chords meet: their harmonic mean, flat at a peak or a dip. After Fritsch
+// The tangent between two chords: their harmonic mean, 0 at a peak or a dip. After Fritsch
 // and Butland, "A method for constructing local monotone piecewise cubic interpolants", SIAM J.
 // Sci. Stat. Comput. 5(2), 1984, without the weights for uneven spacing.
 double tangent(double before, double after) {
@@ -15,7 +15,7 @@ double tangent(double before, double after) {
 std::vector<double> draw_outline(std::span<const OutlinePoint> points, std::size_t length) {
     const std::size_t n = points.size();
     const auto period = static_cast<double>(length);
-    // Point i of the endless curve, for i from -1 to n + 1, counted one up.
+    // Point i - 1 of the periodic curve, for i from 0 to n + 2.
     const auto point = [&](std::size_t i) -> OutlinePoint {
         if (i == 0) return {points[n - 1].at - period, points[n - 1].value};
         if (i <= n) return points[i - 1];
@@ -36,7 +36,7 @@ std::vector<double> draw_outline(std::span<const OutlinePoint> points, std::size
         const double rise = chord(i) * width;
         const double start = tangent(chord(i - 1), chord(i)) * width;
         const double end = tangent(chord(i), chord(i + 1)) * width;
-        // The cubic of Hermite with these two values and two tangents.
+        // The Hermite cubic with these two values and two tangents.
         const double bend = start + end - 2.0 * rise;
         samples.push_back(point(i).value + t * (start + t * (rise - start - bend + t * bend)));
     }

@@ -1,4 +1,4 @@
-// A curve drawn through a few points of one period of a shape.
+// One period of a shape, interpolated from a few points.
 #pragma once
 
 #include <cstddef>
@@ -12,9 +12,9 @@ struct OutlinePoint {
     double value;
 };
 
-// `points` rise in `at` within the period of `length` samples, the first at 0; the last leads back
-// to the first. Between two points the curve never leaves their range, so that the extremes and the
-// crossings of zero are those of the points, and points one sample apart make a clean jump.
+// `points` have rising `at`, the first 0, all below `length`, the period in samples; after the last
+// one the first follows. The interpolation is monotone between two points, so extremes and zero
+// crossings are those of the points, and points one sample apart make a jump without overshoot.
 std::vector<double> draw_outline(std::span<const OutlinePoint> points, std::size_t length);
 
 }  // namespace orvane::blocks::vesk

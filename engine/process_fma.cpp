@@ -1,3 +1,3 @@
-// The per-sample work for processors with AVX2 and fused multiply-add; see the compile options.
+// The kernel for processors with AVX2 and fused multiply-add; CMakeLists.txt gives the options.
 #define VESK_KERNEL fma_kernel
 #include "engine/process_kernel.inc"

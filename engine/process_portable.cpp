@@ -1,3 +1,3 @@
-// The per-sample work for any processor: fused steps in software.
+// The kernel for any processor: fused multiply-adds in software.
 #define VESK_KERNEL portable_kernel
 #include "engine/process_kernel.inc"

@@ -9,7 +9,7 @@
 namespace orvane::blocks::vesk {
 namespace {
 
-constexpr double knee = 0.8;  // of an extreme, the old or the new: what lies beyond is moved
+constexpr double knee = 0.8;  // of an extreme, the old or the new; samples beyond it are scaled
 
 std::size_t nearest(double harmonic) {
     return static_cast<std::size_t>(std::floor(harmonic + 0.5));
@@ -31,7 +31,7 @@ std::vector<double> make_random_loop(const RandomLoop& recipe, std::span<const R
     for (const auto [frequency, amplitude] : recipe.lines)
         amplitudes[nearest(frequency / fundamental)] = amplitude;
 
-    // The generator's numbers are laid down by the standard; those of its distributions aren't.
+    // The standard defines the generator's numbers to the bit, but not those of its distributions.
     std::mt19937 random(recipe.seed);
     std::vector<Rotor> harmonics(amplitudes.size());
     for (std::size_t k = 1; k < harmonics.size(); ++k)

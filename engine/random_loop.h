@@ -1,4 +1,4 @@
-// Noise that repeats without a seam: a loop whose harmonics have chosen levels and random phases.
+// Looped noise without a seam: a sum of harmonics with given levels and random phases.
 #pragma once
 
 #include <cstddef>
@@ -10,30 +10,30 @@
 
 namespace orvane::blocks::vesk {
 
-// The level of a single harmonic at a frequency.
+// The level of one harmonic.
 struct SpectrumPoint {
     double frequency;  // Hz
     double amplitude;  // peak of the sine
 };
 
-// With so many harmonics of random phase the samples are spread almost like a Gaussian's.
+// The sum of so many harmonics of random phase is nearly Gaussian.
 struct RandomLoop {
-    double rate;         // Hz; the length of the circle at it is the loop's time
+    double rate;         // Hz; the loop lasts as many samples as its circle has points
     std::uint32_t seed;  // of the phases
     double mean;
-    std::span<const SpectrumPoint> spectrum;  // rising; straight lines between, silence outside
-    std::span<const SpectrumPoint> lines;     // stand in the place of the harmonic they fall on
+    std::span<const SpectrumPoint> spectrum;  // by rising frequency; linear between, 0 outside
+    std::span<const SpectrumPoint> lines;     // each replaces its nearest harmonic
 };
 
 // `circle` is the unit circle of as many points as the loop has samples.
 std::vector<double> make_random_loop(const RandomLoop& recipe, std::span<const Rotor> circle);
 
-// Raises the first half of the loop by `depth` and lowers the second by as much, as factors around
-// 1. The change of level takes `fade` samples on either side of its middle.
+// Multiplies the first half of the loop by 1 + depth and the second by 1 - depth. At the borders of
+// the halves the gain crosses 1 in a fade of `fade` samples on either side.
 void tilt_halves(std::span<double> loop, double depth, std::size_t fade);
 
-// Moves the lowest and the highest sample to the given values. What lies beyond four fifths of an
-// extreme, the old one or the new, is stretched or squeezed; the body of the loop stays as it is.
+// Moves the lowest and the highest sample to the given values. Only samples beyond four fifths of
+// an extreme, the old or the new one, are scaled; all others are unchanged.
 void set_extremes(std::span<double> loop, double lowest, double highest);
 
 // Rounds to multiples of 2^-15.

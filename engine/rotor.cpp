@@ -5,7 +5,8 @@
 namespace orvane::blocks::vesk {
 namespace {
 
-// The two power series. Up to an eighth of a turn what is cut off lies below half a last bit.
+// The power series of sine and cosine. Up to an eighth of a turn the terms left out are below half
+// a unit in the last place.
 Rotor point_at(double angle) {
     const double square = angle * angle;
     double sine = 1.0, cosine = 1.0;

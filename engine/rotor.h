@@ -1,4 +1,4 @@
-// Points of the unit circle that come out the same on every machine.
+// Points of the unit circle, with the same bits on every machine.
 #pragma once
 
 #include <cstddef>
@@ -6,7 +6,7 @@
 
 namespace orvane::blocks::vesk {
 
-// A complex number. Its products are written out: the four roundings are always the same.
+// A complex number. Its product is written out, so that it is always rounded in the same way.
 struct Rotor {
     double re = 0.0;
     double im = 0.0;
@@ -27,12 +27,12 @@ inline Rotor operator*(Rotor a, Rotor b) noexcept {
 inline Rotor conjugate(Rotor a) noexcept {
     return {a.re, -a.im};
 }
-inline Rotor quarter_turn(Rotor a) noexcept {
+inline Rotor quarter_turn(Rotor a) noexcept {  // times i
     return {-a.im, a.re};
-}  // times i
+}
 
-// Element k is k/n of a turn; n is a multiple of 8. Sums and products alone, since the last bit of
-// a library's sine is the library's own.
+// Element k is k/n of a turn; n is a multiple of 8. Computed from sums and products alone, since
+// libraries differ in the last bit of a sine.
 std::vector<Rotor> unit_circle(std::size_t n);
 
 }  // namespace orvane::blocks::vesk

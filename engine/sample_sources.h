@@ -1,8 +1,8 @@
 // The nine recordings of imperfect equipment: noise to add to the input, wobble to bend the speed.
 //
-// They are made once when the program loads, before any object exists, and never change. No sample
-// depends on the machine, the compiler or its library. Since each file makes its own constants, an
-// initialiser of another file can't read them yet.
+// Computed once when the program loads, before any object exists, and constant from then on. No
+// sample depends on the machine, the compiler or its library. They are initialised in files of
+// their own, so static initialisers of other files must not read them.
 #pragma once
 
 #include <array>

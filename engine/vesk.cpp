@@ -8,7 +8,7 @@ namespace {
 constexpr float working_bandwidth = 16000.0f;  // Hz
 constexpr float working_damping = 12000.0f;    // Hz
 
-float unit(float x) {
+float clamp_to_unit(float x) {
     return x > 1.0f ? 1.0f : max(x, 0.0f);
 }
 
@@ -54,11 +54,11 @@ void Vesk::apply_dry_wet_law() {
         wet_gain = dry_wet;
         return;
     }
-    // A sine law behind an S-shaped position: a half-way mix sounds as loud as either end.
+    // Equal-power gains of a position that is first bent into an S: at 0.5 both are -3 dB.
     constexpr float pi = 3.1415927f;
-    const float u = unit((fast_sine(dry_wet * pi - half_pi) + 1.0f) * 0.5f);
-    dry_gain = unit(fast_sine_unit(1.0f - u));
-    wet_gain = unit(fast_sine_unit(u));
+    const float u = clamp_to_unit((fast_sine(dry_wet * pi - half_pi) + 1.0f) * 0.5f);
+    dry_gain = clamp_to_unit(fast_sine_unit(1.0f - u));
+    wet_gain = clamp_to_unit(fast_sine_unit(u));
 }
 
 void Vesk::engine_clear() noexcept {

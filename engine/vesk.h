@@ -1,12 +1,17 @@
 // The effect engine: the whole state of a stereo modulation delay.
 //
-// The input, scaled, joined by noise and shaped by the gate, enters two delay lines. What leaves
-// them passes the saturator and goes two ways: scaled by the feedback back to the line inputs, and
-// through width and ducker to the wet output. The modulator and the wobble bank touch no audio:
-// they set the read speed. One reverb runs before the lines, behind them or inside the loop.
+//   x -> input gain -> + noise -> gate -> [reverb] -> (+) -> encode -> delay lines -> decode -+
+//                                                      ^                                      |
+//                                                      +-- feedback <-+-- [reverb] <-- saturator
+//                                                                     |
+//   out <- mix with dry <- ducker <- width <- [reverb] <--------------+
 //
-// Plain data: setters write members between two samples, `process` reads them. Nothing allocates,
-// locks or throws after construction, and a new sample rate is a new engine.
+// Encode, decode and feedback depend on the channel mode (routing.h). There is one reverb, at one
+// of the three locations. Modulator and wobble bank set the read speed of the lines; gate and
+// ducker are keyed by x.
+//
+// Plain data: setters write members between two calls of process, process reads them. Nothing
+// allocates, locks or throws after construction, and a new sample rate is a new engine.
 #pragma once
 
 #include <cstddef>
@@ -32,21 +37,21 @@ struct Vesk : DelaySection, Gate {
     kv7::orv::vesk::channel_mode channel_mode = kv7::orv::vesk::channel_mode::stereo;
     float input_gain = 1.0f;     // linear
     float output_gain = 1.0f;    // linear
-    float mod_delay = 0.0f;      // octaves of read speed per swing of the modulator
-    bool mod_mult = false;       // deepens that threefold
+    float mod_delay = 0.0f;      // octaves of read speed at the modulator's full scale
+    bool mod_mult = false;       // multiplies that by 3
     float noise_amount = 0.0f;   // linear
     float wobble_amount = 0.0f;  // octaves of read speed
-    bool clip_dry = false;       // dry path takes input gain, saturator and output gain
+    bool clip_dry = false;       // dry path has input gain, saturator and output gain
     bool gate_on = false;
     bool duck_on = false;
     bool noise_on = false;   // needs attached tables
     bool wobble_on = false;  // needs attached tables
     kv7::orv::vesk::location_mode reverb_location = kv7::orv::vesk::location_mode::post;
-    float reverb_amount = 0.0f;  // linear; 0: the reverb stands still
+    float reverb_amount = 0.0f;  // linear; 0: the reverb is not run
     float width = 1.0f;          // gain of the wet side signal
     kv7::orv::vesk::dry_wet_mode dry_wet_mode = kv7::orv::vesk::dry_wet_mode::linear;
     float dry_wet = 0.7f;   // 0 to 1
-    float dry_gain = 0.0f;  // of dry_wet by the law of dry_wet_mode
+    float dry_gain = 0.0f;  // from dry_wet by the law of dry_wet_mode
     float wet_gain = 0.0f;
 
     // rate in Hz, positive. Ready to process. Throws std::bad_alloc.
@@ -56,15 +61,15 @@ struct Vesk : DelaySection, Gate {
 
     Frame process(Frame input) noexcept;
 
-    // The same for a vector of 64-bit samples. An output may be the same memory as an input.
+    // The same for a vector of 64-bit samples. Outputs may be the same memory as inputs.
     void process(const double* in_left, const double* in_right, double* out_left, double* out_right,
                  std::size_t frames) noexcept;
 
     void set_dry_wet(float position);
     void set_dry_wet(kv7::orv::vesk::dry_wet_mode mode);
 
-    void engine_clear() noexcept;  // lines and reverb fall silent
-    void engine_reset() noexcept;  // all audio state as in a fresh engine; parameters stay
+    void engine_clear() noexcept;  // silences lines and reverb
+    void engine_reset() noexcept;  // all audio state to its start value; parameters stay
 
 private:
     void apply_dry_wet_law();

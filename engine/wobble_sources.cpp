@@ -1,4 +1,4 @@
-// The four wobble tables: two drawn shapes and two of noise, from a smooth curve to a rough one.
+// The four wobble tables, from smooth to rough: two drawn shapes and two loops of noise.
 #include "engine/outline.h"
 #include "engine/random_loop.h"
 #include "engine/sample_sources.h"
@@ -7,11 +7,11 @@ namespace orvane::blocks::vesk {
 namespace {
 
 constexpr std::size_t length = 384;
-constexpr double rate = 384.0;  // Hz; makes a frequency the number of periods in the loop
+constexpr double rate = 384.0;  // Hz; a frequency is then the number of periods in the loop
 
-// Three broad swings with a spike of five samples around 360. A point at every sixteenth sample,
-// the others shape the flanks.
-constexpr OutlinePoint three_swings[] = {
+// Three broad waves with a spike of five samples around 360. A point at every sixteenth sample; the
+// others shape the flanks.
+constexpr OutlinePoint three_waves[] = {
     {0, 0.30},    {16, 0.14},   {32, -0.15},    {40, -0.28},  {48, -0.25},  {64, 0.09},
     {70, 0.33},   {80, 0.45},   {88, 0.42},     {96, 0.27},   {112, 0.17},  {128, 0.21},
     {144, 0.23},  {160, 0.26},  {165, 0.08},    {171, -0.22}, {176, -0.27}, {186, -0.45},
@@ -21,7 +21,7 @@ constexpr OutlinePoint three_swings[] = {
     {363, 0.34},  {368, 0.35},  {383, 0.305},
 };
 
-// A quiet stretch, then flat pulses of 35 samples down and 33 up, with clean jumps between.
+// A quiet part, then flat pulses of 35 samples down and 33 up, with jumps of one sample between.
 constexpr OutlinePoint two_pulses[] = {
     {0, 0.07},     {16, 0.15},    {32, 0.17},    {42, 0.21},   {48, 0.14},   {64, 0.20},
     {75, 0.21},    {80, 0.15},    {96, 0.035},   {102, -0.01}, {112, 0.14},  {128, -0.085},
@@ -31,9 +31,9 @@ constexpr OutlinePoint two_pulses[] = {
     {336, 0.16},   {347, 0.14},   {352, 0.045},  {368, 0.01},  {374, -0.01}, {383, 0.065},
 };
 
-// The seeds of these two are the best of several hundred thousand: the wanted number of zero
-// crossings and peaks near the wanted extremes; that of the rough curve also makes a small step
-// from the end to the start.
+// The seeds of these two are the best of several hundred thousand: the target number of zero
+// crossings, peaks near the target extremes and, for the rough curve, a small step from the end to
+// the start.
 constexpr SpectrumPoint rough_curve_noise[] = {
     {2, 0.063},  {4, 0.063},  {5, 0.093},   {17, 0.097},
     {35, 0.085}, {50, 0.032}, {100, 0.010}, {191, 0.003},
@@ -57,7 +57,7 @@ std::array<std::vector<float>, 4> make_wobble_sources() {
     set_extremes(rough, -0.6964, 0.9500);
     auto white = make_random_loop(white_noise, circle);
     set_extremes(white, -1.0, 32767.0 / 32768.0);
-    return {to_16_bits(draw_outline(three_swings, length)),
+    return {to_16_bits(draw_outline(three_waves, length)),
             to_16_bits(draw_outline(two_pulses, length)), to_16_bits(rough), to_16_bits(white)};
 }
 
