@@ -15,15 +15,15 @@ struct Counted {
     int calls = 0;
 
     explicit Counted(bool repitch, float seconds, float rate) : section(rate) {
-        section.delay_time = both(seconds);
+        section.delay_time = broadcast<Pair>(seconds);
         section.repitch = repitch;
         section.reset_read_heads();
     }
     // The age in samples of what the left channel reads.
     float age(float speed = 0.0f) {
         const auto now = static_cast<float>(calls++);
-        const float read = section.read_delay(both(speed))[0];
-        section.write_delay(both(now));
+        const float read = section.read_delay(broadcast<Pair>(speed))[0];
+        section.write_delay(broadcast<Pair>(now));
         return now - read;
     }
     void run(int n, float speed = 0.0f) {
@@ -49,7 +49,7 @@ TEST(DelaySection, ReadsWholeDelaysExactlyNeverLessThanTwoSamplesAndRoundItsRing
 
 TEST(DelaySection, InRepitchModeTheDelaySettlesOnItsGoal) {
     Counted counted(true, 0.1f, 48000.0f);
-    counted.section.delay_time = both(0.2f);
+    counted.section.delay_time = broadcast<Pair>(0.2f);
     counted.run(200000);
     EXPECT_NEAR(counted.age(), 9600.0f, 0.1f);
     EXPECT_EQ(counted.section.smoothed_delay[0], 9600.0f) << "the smoother snaps onto it";

@@ -30,7 +30,7 @@ void move(TestNoise dice, Vesk& e) {
     e.wobble_amount = 0.3f;
     e.gate_on = dice.below(2) == 0;
     e.duck_on = dice.below(2) == 0;
-    e.ducker.threshold_db = both(-30.0f);
+    e.ducker.threshold_db = broadcast<Pair>(-30.0f);
     e.clip_dry = dice.below(2) == 0;
     e.width = 1.3f;
 }
@@ -47,9 +47,9 @@ TEST(Kernels, FusedInHardwareAndInSoftwareGiveTheSameBits) {
         for (int n = 0; n < 600000; ++n) {
             if (n % 3000 == 0)
                 for (Vesk* e : {a.get(), b.get()}) move(random, *e);
-            const Pair x = lanes(random.frame()) * (n % 40000 < 30000 ? 0.7f : 0.0f);
-            const Frame ya = frame(portable_kernel.frame(*a, x));
-            const Frame yb = frame(fma_kernel.frame(*b, x));
+            const Pair x = to_pair(random.frame()) * (n % 40000 < 30000 ? 0.7f : 0.0f);
+            const Frame ya = to_frame(portable_kernel.frame(*a, x));
+            const Frame yb = to_frame(fma_kernel.frame(*b, x));
             ASSERT_TRUE(same_bits(ya, yb)) << "frame " << n << ": " << ya.left << " " << yb.left;
         }
     }

@@ -18,7 +18,7 @@ constexpr float rate = 48000.0f;
 // A lone wet delay: no feedback, crossfade mode, the mix fully wet.
 std::unique_ptr<Vesk> plain(float samples) {
     auto engine = std::make_unique<Vesk>(rate);
-    engine->delay_time = both(samples / rate);
+    engine->delay_time = broadcast<Pair>(samples / rate);
     engine->set_repitch(false);
     engine->reset_read_heads();
     engine->feedback = 0.0f;
@@ -34,7 +34,7 @@ TEST(Saturator, FollowsItsCurveAndIsNeverLouderThanItsInput) {
                                   {-2.0f, -1.2433f},
                                   {1e30f, 1.4358f},
                                   {-1e30f, -1.4452f}})
-        EXPECT_NEAR(saturate(both(in))[1], out, 6e-5f) << in;
+        EXPECT_NEAR(saturate(broadcast<Pair>(in))[1], out, 6e-5f) << in;
     EXPECT_EQ(saturate(Pair{})[0], 0.0f);
     for (float x = 1e-30f; x < 1e30f; x *= 1.01f) {
         const Pair y = saturate(Pair{x, -x});
@@ -61,7 +61,7 @@ TEST(Vesk, GateAndDuckerHearTheLouderSideOfTheRawInput) {
     engine->gate_on = engine->duck_on = true;
     engine->set_gate_threshold(0.0f);
     engine->input_gain = 100.0f;
-    engine->ducker.threshold_db = both(-60.0f);
+    engine->ducker.threshold_db = broadcast<Pair>(-60.0f);
     for (int n = 0; n < 48000; ++n) {
         engine->process({0.0f, -1.0f});
         ASSERT_EQ(engine->delay_right.at(0), 0.0f) << "opens over its threshold only";

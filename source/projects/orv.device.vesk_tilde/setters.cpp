@@ -3,8 +3,9 @@
 namespace kv7::orv {
 namespace {
 
-using orvane::blocks::vesk::both;
+using orvane::blocks::vesk::broadcast;
 using orvane::blocks::vesk::fast_db_to_gain;
+using orvane::blocks::vesk::Pair;
 using orvane::blocks::vesk::Vesk;
 
 // 64-bit values are narrowed to the nearest float before any arithmetic.
@@ -70,7 +71,7 @@ void set_duck(Vesk& e, bool v) {
     e.duck_on = v;
 }
 void set_duck_threshold(Vesk& e, double v) {
-    e.ducker.threshold_db = both(narrow(v));
+    e.ducker.threshold_db = broadcast<Pair>(narrow(v));
 }
 void set_duck_release(Vesk& e, double v) {
     e.ducker.set_release(narrow(v));
@@ -104,7 +105,7 @@ void set_reverb(Vesk& e, double v) {
     e.reverb_amount = narrow(v);
 }
 void set_reverb_decay(Vesk& e, double v) {
-    e.reverb.decay = both(narrow(v));
+    e.reverb.decay = broadcast<Pair>(narrow(v));
 }
 
 void set_reverb_location(Vesk& e, std::int32_t v) {
