@@ -307,15 +307,4 @@ VESK_INLINE constexpr T min(T a, T b) noexcept {
     return a < b ? a : b;
 }
 
-// Short forms.
-VESK_INLINE constexpr Pair both(float x) noexcept {
-    return broadcast<Pair>(x);
-}
-VESK_INLINE Pair lanes(Frame x) noexcept {
-    return to_pair(x);
-}
-VESK_INLINE Frame frame(Pair x) noexcept {
-    return to_frame(x);
-}
-
 }  // namespace orvane::blocks::vesk
