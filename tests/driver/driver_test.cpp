@@ -151,9 +151,13 @@ TEST(Driver, ARateChangeKeepsValuesAndDropsAudioAndTheSameRateKeepsBoth) {
     played.vector(100, 0.5);
     const float half_way = played.engine().width;
     EXPECT_TRUE(half_way > 1.2f && half_way < 1.5f);
-    played.set("mod_waveform", {4});  // waiting at the change
+    played.set("mod_waveform", {4});  // queued at the change
+    played.driver.core.request_reset();
     played.prepare(96000.0);
     const Vesk& e = played.engine();
+    const auto drawn = e.modulator.random_state;
+    played.vector(0);
+    EXPECT_EQ(e.modulator.random_state, drawn) << "a reset asked for before the change is dropped";
     EXPECT_NEAR(e.width, half_way, 0.01f) << "goes on from where it stood";
     played.vector(480);
     played.vector(1);
