@@ -1,9 +1,9 @@
 // What the host offers to an object: its calls as plain C declarations, and the few records that
 // both sides read. The loader binds the calls; nothing here is defined by the object.
 //
-// Each call or group is tagged with the threads that may call it: [main] the host's main thread, [any] any thread, also
-// the audio thread where nothing else is said; what allocates or locks at the host is not for the
-// audio thread inside a vector, whatever its tag.
+// Each call or group is tagged with the threads that may call it: [main] the host's main thread,
+// [any] any thread, also the audio thread where nothing else is said; what allocates or locks at
+// the host is not for the audio thread inside a vector, whatever its tag.
 #pragma once
 
 #include <stdint.h>

@@ -3,8 +3,8 @@
 
 namespace kv7::orv {
 
-// Hz. Up to the highest one every read position is an exact 32-bit float, and an instance takes four
-// times the memory that it takes at 192 kHz.
+// Hz. Up to the highest one every read position is an exact 32-bit float, and an instance takes
+// four times the memory that it takes at 192 kHz.
 constexpr double lowest_sample_rate = 0.01;
 constexpr double highest_sample_rate = 768000.0;
 
