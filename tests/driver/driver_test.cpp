@@ -75,12 +75,12 @@ TEST(Setters, TakeListsOfAnyLengthWholePartsDefaultsAndTheBanks) {
     EXPECT_EQ(attribute_index("delays"), attribute_count) << "no such name";
 }
 
-// What has to wait for its audio thread's first vector may come as late as that.
-TEST(Driver, ValuesLandedBehindTheRateSoundAsThoseSetBeforeIt) {
-    Played before, behind;
-    behind.vector(64, 0.5);
-    EXPECT_EQ(behind.left, std::vector<double>(64)) << "silent before the first rate";
-    behind.prepare();
+// For drivers that learn their values only on the audio thread, at the first vector.
+TEST(Driver, ValuesSetWithoutARampAfterTheRateSoundAsThoseSetBeforeIt) {
+    Played before, after;
+    after.vector(64, 0.5);
+    EXPECT_EQ(after.left, std::vector<double>(64)) << "silent before the first rate";
+    after.prepare();
     for (std::size_t i = 0; i < attribute_count; ++i) {
         const attribute_row& row = attribute_table[i];
         if (std::string(row.info.name) == "mod_waveform") continue;  // one of them is random
@@ -88,14 +88,14 @@ TEST(Driver, ValuesLandedBehindTheRateSoundAsThoseSetBeforeIt) {
                              : row.kind == attribute_kind::list ? 0.004
                                                                 : 0.3 * row.low + 0.7 * row.high;
         before.driver.set(i, std::array{value, 1.5 * value});
-        behind.driver.jump_to(i, std::array{value, 1.5 * value});
+        after.driver.jump_to(i, std::array{value, 1.5 * value});
     }
     before.prepare();
     for (int n = 0; n < 50; ++n) {
         before.vector(64, 0.2);
-        behind.vector(64, 0.2);
-        ASSERT_EQ(before.left, behind.left) << n;
-        ASSERT_EQ(before.right, behind.right) << n;
+        after.vector(64, 0.2);
+        ASSERT_EQ(before.left, after.left) << n;
+        ASSERT_EQ(before.right, after.right) << n;
     }
     EXPECT_NE(before.left.back(), 0.0);
 }

@@ -27,7 +27,7 @@ template <class T, int Threadsafety = 0>
 using kept = attribute<T, Threadsafety, limit::none, 2>;
 using numbers = std::vector<double>;
 
-// The constants of a class count behind a wrapper, too.
+// The constants of a class count where a wrapper is in between, too.
 template <class Described>
 class wrapper : public object<wrapper<Described>, 1>, public vector_operator<0> {
 public:

@@ -240,6 +240,6 @@ TEST(ReferencePage, OnAFullDiskTheOldOneStays) {
     EXPECT_EQ(all.err, "failed to write the refpage\n");
     EXPECT_EQ(contents(folder.page("plain")), "old");
     EXPECT_EQ(std::distance(fs::directory_iterator(folder.folder / "docs"), {}), 1)
-        << "nothing half-written beside it";
+        << "no unfinished file next to it";
 }
 #endif

@@ -1,4 +1,4 @@
-// What ends a fuzz run beside the sanitizers: a promise that is broken, with its text.
+// What ends a fuzz run besides the sanitizers: a promise that is broken, with its text.
 #pragma once
 
 #include <algorithm>

@@ -39,8 +39,8 @@ exported=$(nm -D --defined-only "$bundle/vesk.so" | sed 's/.* //')
 export LV2_PATH=$bundles
 [ "$(lv2ls 2>&1)" = $uri ] || fail "lv2ls shows something else than $uri"
 # The name of its class stands with LV2's own bundles.
-LV2_PATH=$bundles:/usr/lib/lv2 lv2info $uri >info 2>told || fail "lv2info failed"
-[ ! -s told ] || { cat told >&2; fail "lv2info warned"; }
+LV2_PATH=$bundles:/usr/lib/lv2 lv2info $uri >info 2>warnings || fail "lv2info failed"
+[ ! -s warnings ] || { cat warnings >&2; fail "lv2info warned"; }
 # A port an attribute, two a list, four of audio, two triggers; the renderer lists the attributes.
 "$vesk" attributes --json >attributes
 of() { grep -c "\"type\": *\"$1\"" attributes || true; }

@@ -1,5 +1,5 @@
-// The plugin through its C interface beside the driver it is made of: equal to the bit, and no heap
-// on the audio thread.
+// The plugin through its C interface, compared with the driver it is made of: equal to the bit, and
+// no heap on the audio thread.
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <lv2/core/lv2.h>

@@ -158,7 +158,7 @@ void play_side_by_side(tesk::instance& instance, bool guarded) {
         std::this_thread::sleep_for(std::chrono::milliseconds(dice.below(4)));
     }
     audio.stop();
-    report("beside a main thread that sets and made " + std::to_string(rebuilds) + " rebuilds" +
+    report("alongside a main thread that sets and made " + std::to_string(rebuilds) + " rebuilds" +
            (guarded ? "" : ", perform not held off by the host"));
 }
 

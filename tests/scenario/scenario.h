@@ -1,4 +1,4 @@
-// A scenario: an input and a list of events, told in a small language of one directive a line.
+// A scenario: an input and a list of events, written in a small language of one directive a line.
 //
 //   rate R | frames N | vector N | seed S0 S1 | tables PATH
 //   input silence | impulse FRAME L R | sine FL FR AMP | noise SEED AMP

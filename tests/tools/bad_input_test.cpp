@@ -101,11 +101,11 @@ TEST_F(BadInput, EndsWithOneLineAndLeavesNothing) {
         for (const auto& [words, line] : rows) {
             SCOPED_TRACE(words);
             const bool options = std::string(words).starts_with("--");
-            const outcome told =
+            const outcome ended =
                 play((options ? "in.wav o.wav " : "") + std::string(words), "ulimit -f 8000;");
-            EXPECT_EQ(told.exit, exit);
-            EXPECT_EQ(told.err, "render: " + std::string(line) + "\n");
-            EXPECT_EQ(told.out, "");
+            EXPECT_EQ(ended.exit, exit);
+            EXPECT_EQ(ended.err, "render: " + std::string(line) + "\n");
+            EXPECT_EQ(ended.out, "");
             EXPECT_EQ(files(), before);
         }
     };

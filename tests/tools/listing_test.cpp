@@ -27,11 +27,11 @@ TEST_F(Listing, OfAttributesJoinsHostPageAndTable) {
         EXPECT_EQ(std::count(found.begin(), found.end(), nlohmann::json::parse(wanted)), 1)
             << wanted << found;
     }
-    const outcome told = vesk("attributes --object objects/plain~.tkx64");
-    EXPECT_EQ(told.exit, 1);
-    EXPECT_NE(told.err.find("plain~.teskref.xml: no reference page with descriptions: "),
+    const outcome ended = vesk("attributes --object objects/plain~.tkx64");
+    EXPECT_EQ(ended.exit, 1);
+    EXPECT_NE(ended.err.find("plain~.teskref.xml: no reference page with descriptions: "),
               std::string::npos)
-        << told.err;
+        << ended.err;
 }
 
 TEST_F(Listing, OfPresetsNamesWhatCanBePlayed) {
@@ -42,8 +42,8 @@ TEST_F(Listing, OfPresetsNamesWhatCanBePlayed) {
         SCOPED_TRACE(line);
         EXPECT_NE(line.find(": "), std::string::npos) << "title and what it is";
         const std::string name = line.substr(0, line.find(' '));
-        const outcome told = vesk("render hit.wav o.wav --force --tail 2 --preset " + name);
-        ASSERT_EQ(told.exit, 0) << told.err;
+        const outcome ended = vesk("render hit.wav o.wav --force --tail 2 --preset " + name);
+        ASSERT_EQ(ended.exit, 0) << ended.err;
         float peak = 0;
         const std::vector<float> heard = read("o.wav").samples;
         for (std::size_t i = 2 * 80; i < heard.size(); ++i)

@@ -25,14 +25,14 @@ TEST_F(Render, EventsActAtTheFirstVectorAtOrAfterTheirFrame) {
                 {999, 1, 999}, {64.6, 64, 128}, {500, 7, 504}, {700, 4096, 1000}};
     for (const auto& [frame, vector, acts_at] : rows) {
         SCOPED_TRACE(testing::Message() << frame << " in vectors of " << vector);
-        const outcome told =
+        const outcome ended =
             play("in.wav o.wav --force --tail 0 --vector " + std::to_string(vector) + " --at '" +
                  std::to_string(frame / 8000) + " gain 0.25'");
         const std::vector<float> heard = read("o.wav").samples;
         std::vector<float> wanted(2 * acts_at, 0.5f);
         wanted.resize(2000, 0.125f);
         EXPECT_EQ(heard, wanted);
-        EXPECT_EQ(told.err.find("did not act") != std::string::npos, acts_at == 1000) << told.err;
+        EXPECT_EQ(ended.err.find("did not act") != std::string::npos, acts_at == 1000) << ended.err;
     }
 }
 

@@ -46,18 +46,18 @@ protected:
         std::filesystem::remove_all(folder.parent_path(), left_over);
     }
 
-    // words: what a shell reads behind the name of the program; before: ahead of
+    // words: what a shell reads after the name of the program; before: ahead of
     // it, as `cat file |`.
     outcome vesk(const std::string& words, const std::string& before = "") const {
         const std::string line = "cd '" + folder.string() + "' && " + before +
                                  " '" VESK_PROGRAM "' " + words + " >../out 2>../err";
         const int status = std::system(line.c_str());
-        outcome told{WIFEXITED(status) ? WEXITSTATUS(status) : -1, bytes("../out"),
-                     bytes("../err")};
+        outcome ended{WIFEXITED(status) ? WEXITSTATUS(status) : -1, bytes("../out"),
+                      bytes("../err")};
         const std::string printed = "a line that an object prints while it loads\n";
-        if (const std::size_t at = told.err.find(printed); at != std::string::npos)
-            told.err.erase(at, printed.size());
-        return told;
+        if (const std::size_t at = ended.err.find(printed); at != std::string::npos)
+            ended.err.erase(at, printed.size());
+        return ended;
     }
     // render ... through the plain object.
     outcome play(const std::string& words, const std::string& before = "") const {
@@ -65,8 +65,8 @@ protected:
     }
     // What in.wav becomes.
     sound hear(const std::string& words) const {
-        const outcome told = play("in.wav o.wav --force " + words);
-        EXPECT_EQ(told.exit, 0) << told.err;
+        const outcome ended = play("in.wav o.wav --force " + words);
+        EXPECT_EQ(ended.exit, 0) << ended.err;
         return read("o.wav");
     }
 

@@ -22,17 +22,17 @@ TEST_F(SoundFile, IsWrittenInTheFormatOfItsSuffix) {
     for (const auto& [name, words, format] : rows) {
         SCOPED_TRACE(name + words);
         const bool cut = (format & SF_FORMAT_SUBMASK) != SF_FORMAT_FLOAT;
-        const outcome told = play("in.wav --force --tail 0 " + name + words);
+        const outcome ended = play("in.wav --force --tail 0 " + name + words);
         const sound heard = read(name);
         EXPECT_EQ(heard.format & (SF_FORMAT_TYPEMASK | SF_FORMAT_SUBMASK), format);
         ASSERT_EQ(heard.samples.size(), 6u);
         EXPECT_NEAR(heard.samples[0], 0.5f, 1e-4);
         EXPECT_NEAR(heard.samples[1], cut ? -1.0f : -2.0f, 1e-4);
         const std::string line = ": 0.000 s, 8000 Hz, peak " + std::string(cut ? "0.0" : "6.0");
-        EXPECT_TRUE(told.out.starts_with(name + line + " dBFS")) << told.out;
-        EXPECT_EQ(told.err, cut ? "render: 2 samples beyond full scale cut to it; --subtype float "
-                                  "keeps them\n"
-                                : "");
+        EXPECT_TRUE(ended.out.starts_with(name + line + " dBFS")) << ended.out;
+        EXPECT_EQ(ended.err, cut ? "render: 2 samples beyond full scale cut to it; --subtype float "
+                                   "keeps them\n"
+                                 : "");
     }
     EXPECT_EQ(play("in.wav q.wav --quiet").out, "");
 }
@@ -40,8 +40,8 @@ TEST_F(SoundFile, IsWrittenInTheFormatOfItsSuffix) {
 TEST_F(SoundFile, OfOneChannelFeedsBothAtItsRateAndIsSilentWhereItIsNotFinite) {
     for (const int rate : {8000, 384000}) {
         write("in.wav", {rate, 1, {0.5f, -INFINITY, NAN, 0.25f, INFINITY}});
-        const outcome told = play("in.wav o.wav --force --tail 0 --vector 2");
-        EXPECT_EQ(told.err, "render: in.wav: 3 samples are not finite, taken as 0\n");
+        const outcome ended = play("in.wav o.wav --force --tail 0 --vector 2");
+        EXPECT_EQ(ended.err, "render: in.wav: 3 samples are not finite, taken as 0\n");
         const sound heard = read("o.wav");
         EXPECT_EQ(heard.rate, rate);
         EXPECT_EQ(heard.samples, (std::vector<float>{0.5f, 0.5f, 0, 0, 0, 0, 0.25f, 0.25f, 0, 0}));
@@ -58,10 +58,10 @@ TEST_F(SoundFile, CutShortIsPlayedAsFarAsItGoes) {
     write_text("cut.flac", bytes("whole.flac").substr(0, bytes("whole.flac").size() / 2));
     for (const char* words : {"cut.wav o.wav", "cut.flac o.wav", "- o.wav <cut.wav"}) {
         SCOPED_TRACE(words);
-        const outcome told = play("--force --tail 0 " + std::string(words));
-        EXPECT_EQ(told.exit, 0);
-        EXPECT_TRUE(told.err.ends_with("its header promises more; played what is there\n"))
-            << told.err;
+        const outcome ended = play("--force --tail 0 " + std::string(words));
+        EXPECT_EQ(ended.exit, 0);
+        EXPECT_TRUE(ended.err.ends_with("its header promises more; played what is there\n"))
+            << ended.err;
         const sound heard = read("o.wav");
         EXPECT_GT(heard.samples.size(), 8000u);
         EXPECT_LT(heard.samples.size(), 32000u);
@@ -87,10 +87,10 @@ TEST_F(SoundFile, ComesThroughAPipeWhereTheFormatAllowsIt) {
         EXPECT_TRUE(bytes("o.wav") == bytes("file.wav")) << through;
     }
     EXPECT_EQ(play("- o.wav --force <in.flac").exit, 0) << "a file can be read in any order";
-    const outcome told = play("- no.wav", "cat in.flac |");
-    EXPECT_EQ(told.exit, 1);
+    const outcome ended = play("- no.wav", "cat in.flac |");
+    EXPECT_EQ(ended.exit, 1);
     EXPECT_TRUE(
-        told.err.starts_with("render: standard input: can't be read as a stream of sound, "
-                             "which WAV and AU allow and FLAC does not: "))
-        << told.err;
+        ended.err.starts_with("render: standard input: can't be read as a stream of sound, "
+                              "which WAV and AU allow and FLAC does not: "))
+        << ended.err;
 }
