@@ -185,6 +185,7 @@ TEST(Attribute, StoresWhatItsTypeMakesOfAValueAndPresetsTakeThirteen) {
         {"shape \"quite flat\"", "shape", "2"},
         {"shape -1", "shape", "0"},
         {"shape 7", "shape", "2"},
+        {"shape 1.75", "shape", "1"},
         {"set_shape a", "set_shape", "0"},  // the host gives the index
         {"word b", "word", "1"},
         {"word d", "word", "1"},  // no such name

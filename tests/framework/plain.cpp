@@ -29,6 +29,7 @@ public:
                       },
                       "Takes  a&b numbers from 0.5 on. Fast."};
     message<2> mousedown{this, "mousedown", [](const atoms& values, int) { return values; }};
+    message<2> notify{this, "notify", [](const atoms& values, int) { return values; }};
     inlet<0> in{this, "in", "signal"};
     attribute<double, 2, limit::none, 2> gain{this, "gain", 0.5, {}, "", "No point [here"};
     attribute<bool, 0, limit::none, 2> Flag{this, "Flag", false, "", " Ends here. "};
