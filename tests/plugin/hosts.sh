@@ -66,6 +66,8 @@ diff titles listed >&2 || fail "the presets listed are not those of $presets"
 printf '# One: delay\ndelay 0.2\n' >one.txt
 "$(dirname "$vesk")/write_turtle" . vesk.so 1.0.0 one.txt
 [ "$(grep -A 1 'delay_' presets.ttl | grep -c 'pset:value 0.2')" = 2 ] || fail "a preset of one delay"
+printf '# Loud: feedback\nfeedback 1.6\n' >loud.txt
+! "$(dirname "$vesk")/write_turtle" . vesk.so 1.0.0 loud.txt 2>/dev/null || fail "a value out of range"
 
 # Files of floats, so that no sample is rounded on its way, nor cut by lv2file at full scale.
 sox -V1 $recording -e floating-point -b 32 in.wav
