@@ -245,6 +245,7 @@ TEST(ActingHost, MayRefuseAValueWhichIsSetWithoutIt) {
     load_of(VESK_OBJECT_FILE).run(l);
     make_of("orv.device.vesk~ @channel_mode pingpong").run(l);
     l.box->prepare(8000.0, 64);
+    l.vector();  // nothing is queued any more
     failing_calls::start("object_attr_setvalueof", 2);
     EXPECT_EQ(lines_during([&] { l.box->prepare(9000.0, 64); }), 1U);
     failing_calls::start();
