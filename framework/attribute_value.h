@@ -14,7 +14,7 @@
 
 namespace kv7::ply {
 
-// A device that has an attribute of an enumeration tells here how many values that has:
+// The number of values of an enumeration, specialised by each device that has such an attribute:
 //     template <> struct enum_count<channel_mode> { static constexpr int value = 3; };
 template <class T>
 struct enum_count;
