@@ -11,6 +11,7 @@
 #include "framework/atoms.h"
 #include "framework/host_answer.h"
 #include "framework/object_base.h"
+#include "framework/qelem.h"
 
 namespace kv7::ply {
 

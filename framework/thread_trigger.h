@@ -5,7 +5,7 @@
 #include <string>
 
 #include "framework/atoms.h"
-#include "framework/host_answer.h"
+#include "framework/qelem.h"
 
 namespace kv7::ply {
 
