@@ -66,12 +66,6 @@ struct DelaySection {
                                  std::size_t n) const noexcept;
     VESK_INLINE void write_delay(const Block& value, std::size_t n) noexcept;
 
-    // One frame: read before write.
-    VESK_INLINE Pair read_delay(Pair speed) noexcept {
-        return read_delay(plan_reads(block_of_one(speed), 1), 0, 1)[0];
-    }
-    VESK_INLINE void write_delay(Pair value) noexcept { write_delay(block_of_one(value), 1); }
-
     // delay_time in samples, at least 1.
     VESK_INLINE Pair wanted_delay() const noexcept;
 

@@ -15,9 +15,8 @@ Gate::Gate(float rate)
       gate_release_coefficient(one_pole_coefficient(gate_release_time, rate)) {}
 
 void Gate::set_gate_threshold(float db) {
-    const float gain = fast_db_to_gain(db);
-    gate_close_threshold = gain * 0.5f;
-    gate_open_threshold = gain;
+    gate_open_threshold = fast_db_to_gain(db);
+    gate_close_threshold = close_threshold(gate_open_threshold);
 }
 
 void Gate::set_gate_release(float seconds) {

@@ -25,10 +25,15 @@ struct Gate {
     float gate_open_threshold = 0.25f;    // linear; opens over it
 
     explicit Gate(float rate);
-    void set_gate_threshold(float db);  // closes 6 dB below it
+    void set_gate_threshold(float db);
     void set_gate_release(float seconds);
     void reset_gate() noexcept;
 
+    // It closes 6 dB below the level at which it opens.
+    template <class T>
+    VESK_INLINE static T close_threshold(T open) noexcept {
+        return open * 0.5f;
+    }
     // The key signal: the greater absolute value of the two channels, in both lanes.
     VESK_INLINE static Block peaks(const Block& input, std::size_t n) noexcept;
     // One frame of the recursive part: gives the gain.
@@ -52,8 +57,11 @@ struct Ducker {
     void set_release(float seconds);
     void reset() noexcept { reduction_db = Pair{}; }
 
-    // The static curve: the gain change in dB that each detector value calls for.
-    VESK_INLINE Block targets(const Block& detector, std::size_t n) const noexcept;
+    // The static curve: the gain change in dB that each detector value calls for. threshold: the
+    // values of threshold_db.
+    template <class Values>
+    VESK_INLINE Block targets(const Block& detector, Values threshold,
+                              std::size_t n) const noexcept;
     // One frame of the recursive part, the smoothing: gives reduction_db.
     VESK_INLINE Pair step(Pair target) noexcept;
     // Applies the gain changes, in dB, to wet.
@@ -81,17 +89,19 @@ VESK_INLINE float Gate::step(float peak) noexcept {
     return gate_gain;
 }
 
-VESK_INLINE Block Ducker::targets(const Block& detector, std::size_t n) const noexcept {
+template <class Values>
+VESK_INLINE Block Ducker::targets(const Block& detector, Values threshold,
+                                  std::size_t n) const noexcept {
     return map_block(
         n,
-        [this]<class T>(T d) VESK_LAMBDA {
+        [this]<class T>(T d, T t) VESK_LAMBDA {
             constexpr float detector_floor = 1e-6f;  // keeps the logarithm's argument positive
             const T raw = abs(d);
             const T level = raw < detector_floor ? broadcast<T>(detector_floor) : raw;
-            const T over = fast_gain_to_db(level) - broadcast<T>(threshold_db);
+            const T over = fast_gain_to_db(level) - t;
             return (broadcast<T>(slope) - 1.0f) * (over >= 0.0f ? over : T{});
         },
-        detector);
+        detector, threshold);
 }
 
 VESK_INLINE Pair Ducker::step(Pair target) noexcept {

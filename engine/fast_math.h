@@ -90,9 +90,10 @@ VESK_INLINE constexpr T fast_sine(T x) noexcept {
 }
 
 // sin(u * pi/2) for u from 0 to 1.
-VESK_INLINE constexpr float fast_sine_unit(float u) noexcept {
+template <class T>
+VESK_INLINE constexpr T fast_sine_unit(T u) noexcept {
     constexpr float half_pi_squared = 2.4674013f;
-    return sine_over_angle(u * u * half_pi_squared) * u * half_pi;
+    return sine_over_angle<T>(u * u * half_pi_squared) * u * half_pi;
 }
 
 // A triangle wave of phase p, 0 up to 1: 0 at 0, 1 at 0.25, -1 at 0.75.

@@ -5,7 +5,7 @@ namespace {
 
 // A copy of the functions, so that a call needs one load. Null until this file's initialiser has
 // run, which no engine precedes.
-constinit Kernel current = {nullptr, nullptr};
+constinit Kernel current = {nullptr, nullptr, nullptr};
 
 [[maybe_unused]] const bool chosen = [] {
     current = processor_has_fma() ? fma_kernel : portable_kernel;

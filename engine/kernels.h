@@ -3,8 +3,10 @@
 #pragma once
 
 #include <cstddef>
+#include <span>
 
 #include "engine/lanes.h"
+#include "engine/ramp.h"
 
 namespace orvane::blocks::vesk {
 
@@ -14,6 +16,8 @@ struct Kernel {
     Pair (*frame)(Vesk& engine, Pair x) noexcept;  // one frame
     void (*frames)(Vesk& engine, const double* in_left, const double* in_right, double* out_left,
                    double* out_right, std::size_t frames) noexcept;
+    void (*ramped)(Vesk& engine, const double* in_left, const double* in_right, double* out_left,
+                   double* out_right, std::size_t frames, std::span<const Ramp> ramps) noexcept;
 };
 
 extern const Kernel portable_kernel;

@@ -31,12 +31,11 @@ Modulator::Modulator(float rate)
 
 void Modulator::set_frequency(float hz) {
     frequency = hz;
-    phase_increment = min(hz, sample_rate * 0.5f) / sample_rate;
+    phase_increment = phase_increment_of(hz);
 }
 
 void Modulator::set_phase_offset(float degrees) {
-    constexpr float cycles_per_degree = 0.0027777778f;
-    phase_offset = degrees * cycles_per_degree;
+    phase_offset = phase_offset_of(degrees);
 }
 
 void Modulator::reset() noexcept {

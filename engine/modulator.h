@@ -34,23 +34,37 @@ struct Modulator {
     float envelope_release_coefficient;  // of 222 ms
 
     explicit Modulator(float rate);  // seeded from the system's random source
-    void set_frequency(float hz);    // limited to half the rate in phase_increment only
+    void set_frequency(float hz);
     void set_phase_offset(float degrees);
     void reset() noexcept;  // random_state goes on
+
+    // The increment of a frequency in Hz, limited to half the rate.
+    template <class T>
+    VESK_INLINE T phase_increment_of(T hz) const noexcept {
+        return min(hz, broadcast<T>(sample_rate * 0.5f)) / sample_rate;
+    }
+    template <class T>
+    VESK_INLINE static T phase_offset_of(T degrees) noexcept {
+        constexpr float cycles_per_degree = 0.0027777778f;
+        return degrees * cycles_per_degree;
+    }
 
     // The two recursive parts, one frame at a time. Each advances its state and gives this frame's
     // phases, or the envelope of a level (an absolute value).
     VESK_INLINE Pair step_phases() noexcept;
     VESK_INLINE Pair step_envelope(Pair level) noexcept;
-    // The output for n frames from what those two gave for them.
-    VESK_INLINE Block blend(const Block& phases, const Block& envelopes, std::size_t n) noexcept;
-    // One frame; the envelope follows detector.
-    VESK_INLINE Pair process(Pair detector) noexcept;
+    // The output for n frames from what those two gave for them. offset: the values of
+    // phase_offset; mix: those of envelope_mix.
+    template <class Values>
+    VESK_INLINE Block blend(const Block& phases, const Block& envelopes, Values offset, Values mix,
+                            std::size_t n) noexcept;
     VESK_INLINE float next_random() noexcept;  // -1 up to 1
 
 private:
-    VESK_INLINE Block lfo(const Block& phases, std::size_t n) noexcept;
-    VESK_INLINE Block random_lfo(const Block& phases, std::size_t n) noexcept;
+    template <class Values>
+    VESK_INLINE Block lfo(const Block& phases, Values offset, std::size_t n) noexcept;
+    template <class Values>
+    VESK_INLINE Block random_lfo(const Block& phases, Values offset, std::size_t n) noexcept;
 };
 
 VESK_INLINE float advance_phase(float phase, float step) noexcept {
@@ -68,10 +82,11 @@ VESK_INLINE float Modulator::next_random() noexcept {
     return __builtin_bit_cast(float, (s1 >> 9) | 0x40000000U) - 3.0f;
 }
 
-VESK_INLINE Block Modulator::random_lfo(const Block& phases, std::size_t n) noexcept {
+template <class Values>
+VESK_INLINE Block Modulator::random_lfo(const Block& phases, Values offset,
+                                        std::size_t n) noexcept {
     // The right channel is the left one at 0 degrees, a second random value at 90, the left one
     // negated at 180, and a linear blend in between.
-    const float w = abs(phase_offset - 0.25f) * 4.0f;
     Block out;
     float last = last_phase[0];
     for (std::size_t i = 0; i < n; ++i) {
@@ -82,13 +97,16 @@ VESK_INLINE Block Modulator::random_lfo(const Block& phases, std::size_t n) noex
         }
         last = p;
         const float held = random_value[0];
-        const float c = phase_offset > 0.25f ? -held : held;
+        const float cycles = offset.template mono<float>(i);
+        const float w = abs(cycles - 0.25f) * 4.0f;
+        const float c = cycles > 0.25f ? -held : held;
         out[i] = Pair{held, (1.0f - w) * random_value[1] + w * c};
     }
     return out;
 }
 
-VESK_INLINE Block Modulator::lfo(const Block& phases, std::size_t n) noexcept {
+template <class Values>
+VESK_INLINE Block Modulator::lfo(const Block& phases, Values offset, std::size_t n) noexcept {
     const auto shape = [&](auto formula) VESK_LAMBDA { return map_block(n, formula, phases); };
     const auto saw_up = []<class T>(T f)
                             VESK_LAMBDA { return f < 0.5f ? 2.0f * f : 2.0f * (f - 1.0f); };
@@ -106,7 +124,7 @@ VESK_INLINE Block Modulator::lfo(const Block& phases, std::size_t n) noexcept {
                 return f < 0.5f ? broadcast<T>(1.0f) : broadcast<T>(-1.0f);
             });
         case waveform_mode::random:
-            return random_lfo(phases, n);
+            return random_lfo(phases, offset, n);
     }
     return {};
 }
@@ -126,17 +144,17 @@ VESK_INLINE Pair Modulator::step_envelope(Pair level) noexcept {
     return envelope;
 }
 
-VESK_INLINE Block Modulator::blend(const Block& phases, const Block& envelopes,
-                                   std::size_t n) noexcept {
-    const Block oscillator = lfo(phases, n);
+template <class Values>
+VESK_INLINE Block Modulator::blend(const Block& phases, const Block& envelopes, Values offset,
+                                   Values mix, std::size_t n) noexcept {
+    const Block oscillator = lfo(phases, offset, n);
     last_phase = phases[n - 1];
 
     constexpr float envelope_gain = 10.0f;  // a level of 0.1 reaches the LFO's full scale
     const Block value = map_block(
         n,
-        [&](auto e, auto o)
-            VESK_LAMBDA { return e * envelope_gain * envelope_mix + (1.0f - envelope_mix) * o; },
-        envelopes, oscillator);
+        [&](auto e, auto o, auto m) VESK_LAMBDA { return e * envelope_gain * m + (1.0f - m) * o; },
+        envelopes, oscillator, mix);
     Block out;
     Pair state = smoothed;
     const Pair k = broadcast<Pair>(smoothing_coefficient);
@@ -146,11 +164,6 @@ VESK_INLINE Block Modulator::blend(const Block& phases, const Block& envelopes,
     }
     smoothed = state;
     return out;
-}
-
-VESK_INLINE Pair Modulator::process(Pair detector) noexcept {
-    const Block phases = block_of_one(step_phases());
-    return blend(phases, block_of_one(step_envelope(abs(detector))), 1)[0];
 }
 
 }  // namespace orvane::blocks::vesk

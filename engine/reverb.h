@@ -37,14 +37,6 @@ namespace orvane::blocks::vesk {
 struct Reverb {
     static constexpr std::size_t tap_count = 14;  // seven in each sum
 
-    // The two tap sums, both lanes of each. The left output is the left lane of a, the right
-    // output the right lane of b.
-    template <class T>
-    struct Sums {
-        T a;
-        T b;
-    };
-
     float sample_rate;            // Hz
     float length_scale;           // sample_rate / 29761
     float predelay_time = 0.01f;  // s
@@ -77,15 +69,10 @@ struct Reverb {
     VESK_INLINE Pair next_lfo_phase(Pair phase) const noexcept;
 
     // The stereo output for n frames. lfo_phases are those of each frame; the caller advances
-    // lfo_phase.
-    VESK_INLINE Block process(const Block& x, const Block& lfo_phases, std::size_t n) noexcept;
-    // One frame, all four sums; advances lfo_phase.
-    VESK_INLINE Sums<Pair> process(Pair x) noexcept {
-        const Block lfo_phases = block_of_one(lfo_phase);
-        lfo_phase = next_lfo_phase(lfo_phase);
-        run_network(block_of_one(x), lfo_phases, 1);
-        return sum_taps<Pair>(tap_pointers(), 0);
-    }
+    // lfo_phase. gain: the values of decay.
+    template <class Values>
+    VESK_INLINE Block process(const Block& x, const Block& lfo_phases, Values gain,
+                              std::size_t n) noexcept;
 
 private:
     // Inside the network a sub-block is in the order of the rings, newest frame first: what it
@@ -102,11 +89,14 @@ private:
     using TappedRings = std::array<const FrameRing*, tap_count>;
 
     // n is at most max_sub_block_ in these.
-    VESK_INLINE void run_network(const Block& x, const Block& lfo_phases, std::size_t n) noexcept;
+    template <class Values>
+    VESK_INLINE void run_network(const Block& x, const Block& lfo_phases, Values gain,
+                                 std::size_t n) noexcept;
     VESK_INLINE FilterOutputs run_recursive_filters(const Pair* predelayed, const Block& lfo_phases,
                                                     std::size_t n) noexcept;
+    template <class Values>
     VESK_INLINE void run_allpasses(const Pair* predelayed, const FilterOutputs& filtered,
-                                   std::size_t n) noexcept;
+                                   Values gain, std::size_t n) noexcept;
 
     // The delays of tank_allpass_in in samples, half 0 left and half 1 right, oldest frame first.
     VESK_INLINE Block lfo_delays(const Block& lfo_phases, std::size_t n) const noexcept;
@@ -115,7 +105,7 @@ private:
     // To the newest frame's taps; those of the i-th frame before it are i elements on.
     VESK_INLINE TapPointers tap_pointers() const noexcept;
     template <class T>
-    VESK_INLINE static Sums<T> sum_taps(const TapPointers& taps, std::size_t i) noexcept;
+    VESK_INLINE static T sum_taps(const TapPointers& taps, std::size_t i) noexcept;
 
     // The most frames of which no stage reads what another of them pushes, and no tap what one of
     // them overwrites. Below max_block at low rates only.
@@ -199,8 +189,9 @@ VESK_INLINE Reverb::FilterOutputs Reverb::run_recursive_filters(const Pair* pred
     return out;
 }
 
+template <class Values>
 VESK_INLINE void Reverb::run_allpasses(const Pair* predelayed, const FilterOutputs& filtered,
-                                       std::size_t n) noexcept {
+                                       Values gain, std::size_t n) noexcept {
     Pair* const diffused[] = {
         diffusers[0].ring.write_pointer(n), diffusers[1].ring.write_pointer(n),
         diffusers[2].ring.write_pointer(n), diffusers[3].ring.write_pointer(n)};
@@ -221,15 +212,15 @@ VESK_INLINE void Reverb::run_allpasses(const Pair* predelayed, const FilterOutpu
         y = diffusers[2].step(y, diffused[2] + i);
         y = diffusers[3].step(y, diffused[3] + i);
         // Each half takes the other one's end; both are read before either is overwritten.
-        const T gain = broadcast<T>(decay);
-        const T into1 = y + gain * load<T>(delay_out[0] + i);
-        const T into0 = y + gain * load<T>(delay_out[1] + i);
+        const T g = gain.template newest_first<T>(i, n);
+        const T into1 = y + g * load<T>(delay_out[0] + i);
+        const T into0 = y + g * load<T>(delay_out[1] + i);
         const auto run_half = [&](std::size_t h, T x) VESK_LAMBDA {
             const T delayed = filtered.interpolated[h].at<T>(i);
             const T end = load<T>(delay_in[h] + i);
             store(delay_in[h] + i, tank_allpass_in[h].step(x, delayed, in[h] + i));
             const T damped = damping_filter.output(end, filtered.damping_lp[h].at<T>(i));
-            store(delay_out[h] + i, tank_allpass_out[h].step(gain * damped, out[h] + i));
+            store(delay_out[h] + i, tank_allpass_out[h].step(g * damped, out[h] + i));
         };
         run_half(0, into0);
         run_half(1, into1);
@@ -244,7 +235,8 @@ VESK_INLINE void Reverb::run_allpasses(const Pair* predelayed, const FilterOutpu
     }
 }
 
-VESK_INLINE void Reverb::run_network(const Block& x, const Block& lfo_phases,
+template <class Values>
+VESK_INLINE void Reverb::run_network(const Block& x, const Block& lfo_phases, Values gain,
                                      std::size_t n) noexcept {
     Pair* const in = predelay.write_pointer(n);
     for_each_vector(n, [&]<class T>(std::size_t i) VESK_LAMBDA {
@@ -252,7 +244,7 @@ VESK_INLINE void Reverb::run_network(const Block& x, const Block& lfo_phases,
     });
     predelay.advance(n);
     const Pair* const predelayed = predelay.pointer_at(predelay_samples);
-    run_allpasses(predelayed, run_recursive_filters(predelayed, lfo_phases, n), n);
+    run_allpasses(predelayed, run_recursive_filters(predelayed, lfo_phases, n), gain, n);
 }
 
 VESK_INLINE Reverb::TappedRings Reverb::tapped_rings() const noexcept {
@@ -271,14 +263,15 @@ VESK_INLINE Reverb::TapPointers Reverb::tap_pointers() const noexcept {
     return taps;
 }
 
+// The left output is the left lane of the first sum, the right output the right lane of the second.
 template <class T>
-VESK_INLINE Reverb::Sums<T> Reverb::sum_taps(const TapPointers& taps, std::size_t i) noexcept {
+VESK_INLINE T Reverb::sum_taps(const TapPointers& taps, std::size_t i) noexcept {
     const auto sum = [&](std::size_t first) VESK_LAMBDA {
         const auto tap = [&](std::size_t k) VESK_LAMBDA { return load<T>(taps[first + k] + i); };
         constexpr float tap_gain = 0.6f;
         return tap_gain * (tap(0) + tap(1) - tap(2) + tap(3) - tap(4) - tap(5) - tap(6));
     };
-    return {sum(0), sum(tap_count / 2)};
+    return merge_left_right(sum(0), sum(tap_count / 2));
 }
 
 VESK_INLINE void Reverb::prefetch_block(std::size_t n) const noexcept {
@@ -298,24 +291,24 @@ VESK_INLINE void Reverb::prefetch_block(std::size_t n) const noexcept {
     for (const Pair* tap : tap_pointers()) prefetch(tap - n, n);
 }
 
-VESK_INLINE Block Reverb::process(const Block& x, const Block& lfo_phases, std::size_t n) noexcept {
+template <class Values>
+VESK_INLINE Block Reverb::process(const Block& x, const Block& lfo_phases, Values gain,
+                                  std::size_t n) noexcept {
     const auto mix_taps = [this](std::size_t count, Pair* out) VESK_LAMBDA {
         const TapPointers taps = tap_pointers();
         for_each_vector(count, [&]<class T>(std::size_t i) VESK_LAMBDA {
-            const Sums<T> sums = sum_taps<T>(taps, i);
-            store(out + count - i - frames_per<T>,
-                  reverse<sizeof(Pair)>(merge_left_right(sums.a, sums.b)));
+            store(out + count - i - frames_per<T>, reverse<sizeof(Pair)>(sum_taps<T>(taps, i)));
         });
     };
     Block out;
-    if (n <= max_sub_block_) [[likely]] {
-        run_network(x, lfo_phases, n);
+    if (n == 1 || n <= max_sub_block_) [[likely]] {
+        run_network(x, lfo_phases, gain, n);
         mix_taps(n, out.frames);
         return out;
     }
     for (std::size_t first = 0; first < n; first += max_sub_block_) {
         const std::size_t count = min(max_sub_block_, n - first);
-        run_network(x.slice(first, count), lfo_phases.slice(first, count), count);
+        run_network(x.slice(first, count), lfo_phases.slice(first, count), gain.from(first), count);
         mix_taps(count, out.frames + first);
     }
     return out;

@@ -29,7 +29,7 @@ struct Stereo {
     }
     // What the lines get of the delayed signal.
     template <class T>
-    VESK_INLINE static T feedback(T f, float gain) noexcept {
+    VESK_INLINE static T feedback(T f, T gain) noexcept {
         return f * gain;
     }
     // From left and right to what is written on the lines, and back.
@@ -51,8 +51,8 @@ struct PingPong : Stereo {
     }
     // The way from left to right is free: once through both lines costs the square of the gain.
     template <class T>
-    VESK_INLINE static T feedback(T f, float gain) noexcept {
-        return swap_left_right(f) * broadcast<T>(gain * gain, 1.0f);
+    VESK_INLINE static T feedback(T f, T gain) noexcept {
+        return swap_left_right(f) * merge_left_right(gain * gain, broadcast<T>(1.0f));
     }
 };
 

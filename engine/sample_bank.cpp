@@ -20,12 +20,24 @@ SampleBank<N>::SampleBank(float rate)
 }
 
 template <std::size_t N>
-void SampleBank<N>::set_morph(float position) {
+std::uint64_t SampleBank<N>::index_at(float position) noexcept {
     const float x = position * static_cast<float>(N - 1);
-    index = min(static_cast<std::uint64_t>(x), static_cast<std::uint64_t>(N - 2));
-    const float r = x - static_cast<float>(index);
-    gain_a = std::sin((1.0f - r) * half_pi);
-    gain_b = std::sin(r * half_pi);
+    return min(static_cast<std::uint64_t>(x), static_cast<std::uint64_t>(N - 2));
+}
+
+template <std::size_t N>
+typename SampleBank<N>::Morph SampleBank<N>::morph_at(float position) noexcept {
+    const std::uint64_t index = index_at(position);
+    const float r = position * static_cast<float>(N - 1) - static_cast<float>(index);
+    return {index, std::sin((1.0f - r) * half_pi), std::sin(r * half_pi)};
+}
+
+template <std::size_t N>
+void SampleBank<N>::set_morph(float position) {
+    const Morph morph = morph_at(position);
+    index = morph.index;
+    gain_a = morph.gain_a;
+    gain_b = morph.gain_b;
 }
 
 template <std::size_t N>

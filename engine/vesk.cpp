@@ -1,5 +1,6 @@
 #include "engine/vesk.h"
 
+#include "engine/dry_wet.h"
 #include "engine/kernels.h"
 
 namespace orvane::blocks::vesk {
@@ -7,10 +8,6 @@ namespace {
 
 constexpr float working_bandwidth = 16000.0f;  // Hz
 constexpr float working_damping = 12000.0f;    // Hz
-
-float clamp_to_unit(float x) {
-    return x > 1.0f ? 1.0f : max(x, 0.0f);
-}
 
 }  // namespace
 
@@ -38,6 +35,11 @@ void Vesk::process(const double* in_left, const double* in_right, double* out_le
     kernel_in_use().frames(*this, in_left, in_right, out_left, out_right, frames);
 }
 
+void Vesk::process(const double* in_left, const double* in_right, double* out_left,
+                   double* out_right, std::size_t frames, std::span<const Ramp> ramps) noexcept {
+    kernel_in_use().ramped(*this, in_left, in_right, out_left, out_right, frames, ramps);
+}
+
 void Vesk::set_dry_wet(float position) {
     dry_wet = position;
     apply_dry_wet_law();
@@ -49,16 +51,9 @@ void Vesk::set_dry_wet(kv7::orv::vesk::dry_wet_mode mode) {
 }
 
 void Vesk::apply_dry_wet_law() {
-    if (dry_wet_mode == kv7::orv::vesk::dry_wet_mode::linear) {
-        dry_gain = 1.0f - dry_wet;
-        wet_gain = dry_wet;
-        return;
-    }
-    // Equal-power gains of a position that is first bent into an S: at 0.5 both are -3 dB.
-    constexpr float pi = 3.1415927f;
-    const float u = clamp_to_unit((fast_sine(dry_wet * pi - half_pi) + 1.0f) * 0.5f);
-    dry_gain = clamp_to_unit(fast_sine_unit(1.0f - u));
-    wet_gain = clamp_to_unit(fast_sine_unit(u));
+    const auto gains = dry_wet_gains(dry_wet_mode, dry_wet);
+    dry_gain = gains.dry;
+    wet_gain = gains.wet;
 }
 
 void Vesk::engine_clear() noexcept {

@@ -15,12 +15,14 @@
 #pragma once
 
 #include <cstddef>
+#include <span>
 
 #include "engine/delay_section.h"
 #include "engine/dynamics.h"
 #include "engine/lanes.h"
 #include "engine/modes.h"
 #include "engine/modulator.h"
+#include "engine/ramp.h"
 #include "engine/reverb.h"
 #include "engine/sample_banks.h"
 
@@ -64,6 +66,14 @@ struct Vesk : DelaySection, Gate {
     // The same for a vector of 64-bit samples. Outputs may be the same memory as inputs.
     void process(const double* in_left, const double* in_right, double* out_left, double* out_right,
                  std::size_t frames) noexcept;
+
+    // The same for at most max_ramp frames while parameters move: as if before each frame their
+    // setters were called with the ramps' values of it. The setters have been called with the last
+    // values already. None of the values may switch noise, wobble or reverb on or off, or take a
+    // morph to another pair of players: there the block is cut.
+    static constexpr std::size_t max_ramp = max_block;
+    void process(const double* in_left, const double* in_right, double* out_left, double* out_right,
+                 std::size_t frames, std::span<const Ramp> ramps) noexcept;
 
     void set_dry_wet(float position);
     void set_dry_wet(kv7::orv::vesk::dry_wet_mode mode);

@@ -20,13 +20,17 @@ struct Ramped {
     ramp_list list;
 
     explicit Ramped(double rate) {
-        list.add(value);
+        list.add(value, 0);
         value.rebuilt(rate);
         heard.clear();
     }
     void vector(int frames) {
         list.scan();
-        for (int i = 0; list.any_active() && i < frames; ++i) list.run_step();
+        for (int i = 0; i < frames && !list.active().empty(); ++i) {
+            heard.push_back(value.value_after(0));
+            list.drop_ended();
+            value.advance(1);
+        }
     }
 };
 

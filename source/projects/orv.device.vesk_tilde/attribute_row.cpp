@@ -9,7 +9,7 @@ struct applied_value {
     orvane::blocks::vesk::Vesk& engine;
     std::span<const double> values;
 
-    void operator()(setter_of<double> set) const { set(engine, values[0]); }
+    void operator()(const ramped_setter& setter) const { setter.set(engine, values[0]); }
     void operator()(setter_of<bool> set) const { set(engine, to_integer(values[0]) != 0); }
     void operator()(setter_of<std::span<const double>> set) const { set(engine, values); }
     template <class Mode>

@@ -9,6 +9,7 @@
 #include <variant>
 
 #include "choice_names.h"
+#include "engine/ramp.h"
 
 namespace orvane::blocks::vesk {
 struct Vesk;
@@ -35,8 +36,32 @@ enum class attribute_kind {
 // the kind of the attribute.
 template <class Value>
 using setter_of = void (*)(orvane::blocks::vesk::Vesk&, Value);
+
+// The setter of a continuous attribute. While the attribute ramps, the engine gets the values of a
+// block as a ramp of the parameter. stages, where there is one, tells which stages of the engine
+// are in use at a value: a block in which they would change is cut there.
+struct ramped_setter {
+    setter_of<double> set;
+    orvane::blocks::vesk::Parameter parameter;
+    int (*stages)(double v) = nullptr;
+};
+
+// The type of the values that a setter takes.
+template <class Setter>
+struct setter_value_of;
+template <class Value>
+struct setter_value_of<setter_of<Value>> {
+    using type = Value;
+};
+template <>
+struct setter_value_of<ramped_setter> {
+    using type = double;
+};
+template <class Setter>
+using setter_value = typename setter_value_of<Setter>::type;
+
 using attribute_setter =
-    std::variant<setter_of<double>, setter_of<bool>, setter_of<vesk::channel_mode>,
+    std::variant<ramped_setter, setter_of<bool>, setter_of<vesk::channel_mode>,
                  setter_of<vesk::waveform_mode>, setter_of<vesk::location_mode>,
                  setter_of<vesk::dry_wet_mode>, setter_of<std::span<const double>>>;
 
@@ -73,7 +98,7 @@ consteval void check_range(double standard, double low, double high) {
     check(low <= standard && standard <= high, "the default lies in the range");
 }
 
-consteval attribute_row continuous(const attribute_info& info, setter_of<double> setter,
+consteval attribute_row continuous(const attribute_info& info, const ramped_setter& setter,
                                    double standard, double low, double high,
                                    const char* unit = "") {
     check_texts(info);

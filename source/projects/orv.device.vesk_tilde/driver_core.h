@@ -3,6 +3,7 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
@@ -89,12 +90,16 @@ private:
     void post(std::size_t attribute);
     void rebuild(double rate, bool through_owner);
     void run(const signal_bundle& in, const signal_bundle& out);
+    std::size_t run_ramped_block(const double* in_left, const double* in_right, double* out_left,
+                                 double* out_right, std::size_t frames);
 
     std::span<const attribute_row> rows_;
     std::list<smooth_value> smooth_values_;
     std::vector<parameter> parameters_;  // in the order of rows
     parameter_queue queue_;
     ramp_list ramps_;
+    std::vector<std::array<float, Engine::max_ramp>> ramp_values_;  // for each attribute that ramps
+    std::vector<orvane::blocks::vesk::Ramp> ramps_of_block_;
     double newest_rate_ = 0.0;  // Hz; the last one asked for
     bool rebuilding_ = false;   // no vector is inside: this thread may act as the audio thread
     std::atomic<std::uint32_t> requests_{0};
@@ -108,17 +113,19 @@ driver_core<Engine>::driver_core(double rate, std::span<const attribute_row> row
     parameters_.resize(rows.size());
     for (std::size_t i = 0; i < rows.size(); ++i) {
         const attribute_row& row = rows[i];
-        if (const auto* const setter = std::get_if<setter_of<double>>(&row.setter)) {
-            parameters_[i].ramp =
-                &smooth_values_.emplace_back(row.default_value, row.low, row.high,
-                                             [this, set = *setter](double v) { set(*engine, v); });
-            ramps_.add(*parameters_[i].ramp);
+        if (const auto* const setter = std::get_if<ramped_setter>(&row.setter)) {
+            parameters_[i].ramp = &smooth_values_.emplace_back(
+                row.default_value, row.low, row.high,
+                [this, set = setter->set](double v) { set(*engine, v); });
+            ramps_.add(*parameters_[i].ramp, i);
         } else {
             const double standard[list_length] = {row.default_value, row.default_value};
             const bool is_list = row.kind == attribute_kind::list;
             parameters_[i].value = short_list(std::span(standard).first(is_list ? list_length : 1));
         }
     }
+    ramp_values_.resize(smooth_values_.size());
+    ramps_of_block_.resize(smooth_values_.size());
 }
 
 template <class Engine>
@@ -186,7 +193,7 @@ void driver_core<Engine>::rebuild(double rate, bool through_owner) {
             prepared_sample_rate = now;
             engine.swap(new_engine);
             tables.swap(new_tables);
-            for (smooth_value* value : ramps_.values()) value->rebuilt(now);
+            for (const auto& ramp : ramps_.values()) ramp.value->rebuilt(now);
         };
         swap_in(rate);
         rebuilding_ = true;
@@ -241,13 +248,46 @@ void driver_core<Engine>::run(const signal_bundle& in, const signal_bundle& out)
     double* const out_left = out.channels[0];
     double* const out_right = out.channels[1];
     std::size_t i = 0;
-    bool ramping = ramps_.any_active();
-    for (; ramping && i < frames; ++i) {
-        ramping = ramps_.run_step();
-        engine->process(left + i, right + i, out_left + i, out_right + i, 1);
-    }
-    // Ramps that have ended give their setters the same value until the vector ends.
+    while (!ramps_.active().empty() && i < frames)
+        i += run_ramped_block(left + i, right + i, out_left + i, out_right + i, frames - i);
     engine->process(left + i, right + i, out_left + i, out_right + i, frames - i);
+}
+
+// Runs the active ramps for a block and processes it; gives its length, at most frames.
+template <class Engine>
+std::size_t driver_core<Engine>::run_ramped_block(const double* in_left, const double* in_right,
+                                                  double* out_left, double* out_right,
+                                                  std::size_t frames) {
+    const auto setter_of_ramp = [this](const ramp_list::entry& ramp) -> const ramped_setter& {
+        return std::get<ramped_setter>(rows_[ramp.attribute].setter);
+    };
+    std::size_t n = std::min(frames, Engine::max_ramp);
+    for (const ramp_list::entry& ramp : ramps_.active()) {
+        const auto stages = setter_of_ramp(ramp).stages;
+        if (stages == nullptr) continue;
+        // Ramps are monotonic: what the first and the last value share, all do.
+        const int first = stages(ramp.value->value_after(0));
+        while (stages(ramp.value->value_after(n - 1)) != first) --n;
+    }
+    std::size_t count = 0;
+    for (const ramp_list::entry& ramp : ramps_.active()) {
+        smooth_value& value = *ramp.value;
+        if (value.remaining != 0) {
+            value.next_values(ramp_values_[count]);
+            ramps_of_block_[count] = {setter_of_ramp(ramp).parameter, ramp_values_[count].data()};
+            ++count;
+        }
+        value.setter(value.value_after(n - 1));
+    }
+    // Only those that had ended before the block: the others have their last step yet to go.
+    ramps_.drop_ended();
+    for (const ramp_list::entry& ramp : ramps_.active()) ramp.value->advance(n);
+    if (n == 1 || count == 0)
+        engine->process(in_left, in_right, out_left, out_right, n);
+    else
+        engine->process(in_left, in_right, out_left, out_right, n,
+                        std::span(ramps_of_block_).first(count));
+    return n;
 }
 
 }  // namespace kv7::orv

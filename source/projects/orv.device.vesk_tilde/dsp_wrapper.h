@@ -123,7 +123,8 @@ void dsp_wrapper<Device, Engine, Inlets, Outlets>::add_attributes() {
         const attribute_row& row = rows_[i];
         // The type of the setter's value is the attribute's.
         device_attributes_.push_back(std::visit(
-            [&]<class Value>(setter_of<Value>) -> std::unique_ptr<attribute_base> {
+            [&](const auto& setter) -> std::unique_ptr<attribute_base> {
+                using Value = setter_value<std::remove_cvref_t<decltype(setter)>>;
                 if constexpr (std::is_same_v<Value, double>)
                     return std::make_unique<smooth_attribute<0>>(this, row, core.ramp_of(i));
                 else if constexpr (std::is_same_v<Value, std::span<const double>>)

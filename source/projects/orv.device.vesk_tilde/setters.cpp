@@ -17,6 +17,9 @@ float narrow(double v) {
 
 // Noise and wobble are off at or below this amount.
 constexpr double least_amount = 0.001;
+bool is_on(double amount) {
+    return amount > least_amount;
+}
 
 // Drivers hand over any integer as a choice; one that is none of its values changes nothing.
 template <class Mode>
@@ -117,7 +120,7 @@ void set_reverb_location(Vesk& e, vesk::location_mode v) {
 }
 
 void set_noise(Vesk& e, double v) {
-    e.noise_on = v > least_amount;
+    e.noise_on = is_on(v);
     e.noise_amount = narrow(v);
 }
 void set_noise_morph(Vesk& e, double v) {
@@ -125,7 +128,7 @@ void set_noise_morph(Vesk& e, double v) {
 }
 
 void set_wobble(Vesk& e, double v) {
-    e.wobble_on = v > least_amount;
+    e.wobble_on = is_on(v);
     e.wobble_amount = narrow(v);
 }
 void set_wobble_morph(Vesk& e, double v) {
@@ -138,6 +141,19 @@ void set_width(Vesk& e, double v) {
 
 void set_drywetmode(Vesk& e, vesk::dry_wet_mode v) {
     if (is_value(v)) e.set_dry_wet(v);
+}
+
+int stages_of_amount(double v) {
+    return is_on(v) ? 1 : 0;
+}
+int stages_of_reverb(double v) {
+    return narrow(v) != 0.0f ? 1 : 0;
+}
+int stages_of_noise_morph(double v) {
+    return static_cast<int>(decltype(Vesk::noise_bank)::index_at(narrow(v)));
+}
+int stages_of_wobble_morph(double v) {
+    return static_cast<int>(decltype(Vesk::wobble_bank)::index_at(narrow(v)));
 }
 
 }  // namespace kv7::orv

@@ -47,4 +47,10 @@ void set_wobble_morph(Vesk& e, double v);
 void set_width(Vesk& e, double v);
 void set_drywetmode(Vesk& e, vesk::dry_wet_mode v);
 
+// Numbers for the stages that are in use at a value: off or on, or the pair of players.
+int stages_of_amount(double v);  // noise, wobble
+int stages_of_reverb(double v);
+int stages_of_noise_morph(double v);
+int stages_of_wobble_morph(double v);
+
 }  // namespace kv7::orv

@@ -1,5 +1,6 @@
 #include "smooth_value.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace kv7::orv {
@@ -51,14 +52,26 @@ void smooth_value::ramp_to(double value, std::uint64_t samples) noexcept {
     step = (value - current) / static_cast<double>(remaining);
 }
 
-double smooth_value::next_value() noexcept {
-    const double value = current;
-    if (remaining != 0) {
-        // Computed back from the target, so that the ramp lands on it exactly.
-        --remaining;
-        current = target - static_cast<double>(remaining) * step;
+// Computed back from the target, so that the ramp lands on it exactly.
+double smooth_value::value_after(std::uint64_t samples) const noexcept {
+    if (samples == 0) return current;
+    const std::uint64_t left = remaining - std::min(samples, remaining);
+    return target - static_cast<double>(left) * step;
+}
+
+void smooth_value::next_values(std::span<float> to) const noexcept {
+    // The same with a counter that needs no conversion.
+    auto left = static_cast<double>(remaining);
+    for (float& value : to) {
+        value = static_cast<float>(target - left * step);
+        left = std::max(left - 1.0, 0.0);
     }
-    return value;
+    if (!to.empty()) to[0] = static_cast<float>(current);
+}
+
+void smooth_value::advance(std::uint64_t samples) noexcept {
+    current = value_after(samples);
+    remaining -= std::min(samples, remaining);
 }
 
 bool smooth_value::scan() {
@@ -78,24 +91,19 @@ void smooth_value::rebuilt(double sample_rate) {
     setter(current);
 }
 
-void ramp_list::add(smooth_value& value) {
-    all_.push_back(&value);
+void ramp_list::add(smooth_value& value, std::size_t attribute) {
+    all_.push_back({&value, attribute});
     active_.reserve(all_.size());
 }
 
 void ramp_list::scan() {
     active_.clear();
-    for (smooth_value* value : all_)
-        if (value->scan()) active_.push_back(value);
+    for (const entry& each : all_)
+        if (each.value->scan()) active_.push_back(each);
 }
 
-bool ramp_list::run_step() {
-    bool changing = false;
-    for (smooth_value* value : active_) {
-        changing |= value->remaining != 0;
-        value->setter(value->next_value());
-    }
-    return changing;
+void ramp_list::drop_ended() noexcept {
+    std::erase_if(active_, [](const entry& each) { return each.value->remaining == 0; });
 }
 
 }  // namespace kv7::orv

@@ -5,8 +5,10 @@
 #pragma once
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <span>
 #include <vector>
 
 namespace kv7::orv {
@@ -41,7 +43,10 @@ struct smooth_value {
     void take_pending() noexcept;
     void jump_to(double x);  // as set_value, but without a ramp: the setter gets it at once
     void ramp_to(double value, std::uint64_t samples) noexcept;
-    double next_value() noexcept;      // the value before the step
+    // The values of the next samples, from the present one on, narrowed to 32 bits.
+    void next_values(std::span<float> to) const noexcept;
+    double value_after(std::uint64_t samples) const noexcept;
+    void advance(std::uint64_t samples) noexcept;
     bool scan();                       // top of a vector: true while a ramp is to be run in it
     void rebuilt(double sample_rate);  // hands current to the setter; ramps have the new length
 };
@@ -49,18 +54,24 @@ struct smooth_value {
 // The values of one object and those of them that ramp in the present vector.
 class ramp_list {
 public:
-    void add(smooth_value& value);  // before there is an audio thread; value outlives the list
+    struct entry {
+        smooth_value* value;
+        std::size_t attribute;  // the caller's index of it
+    };
+
+    // Before there is an audio thread; value outlives the list.
+    void add(smooth_value& value, std::size_t attribute);
 
     // Audio thread.
     void scan();
-    bool any_active() const noexcept { return !active_.empty(); }
-    bool run_step();  // one sample's setters; false when no later step of the vector changes any
+    std::span<const entry> active() const noexcept { return active_; }
+    void drop_ended() noexcept;  // from the active ones, until the next scan
 
-    const std::vector<smooth_value*>& values() const noexcept { return all_; }
+    std::span<const entry> values() const noexcept { return all_; }
 
 private:
-    std::vector<smooth_value*> all_;
-    std::vector<smooth_value*> active_;  // has room for all
+    std::vector<entry> all_;
+    std::vector<entry> active_;  // has room for all
 };
 
 }  // namespace kv7::orv
