@@ -69,6 +69,24 @@ VESK_INLINE void for_each_vector(std::size_t n, Body body) noexcept {
     for (; i < n; ++i) body.template operator()<Pair>(i);
 }
 
+// The same for one channel: Oct for values i to i + 7, then float for each single value.
+template <class Body>
+VESK_INLINE void for_each_mono_vector(std::size_t n, Body body) noexcept {
+    std::size_t i = 0;
+    for (; i + lane_count<Oct> <= n; i += lane_count<Oct>) body.template operator()<Oct>(i);
+    for (; i < n; ++i) body.template operator()<float>(i);
+}
+
+// The indices of T's values of one channel when the first has index i.
+template <class T>
+VESK_INLINE Integers<T> value_indices(std::size_t i) noexcept {
+    const auto first = static_cast<std::int32_t>(i);
+    if constexpr (std::is_same_v<T, float>)
+        return first;
+    else
+        return first + IntOct{0, 1, 2, 3, 4, 5, 6, 7};
+}
+
 // out = f(in...), vector by vector, for n frames. out may be one of in: a block of 256 bytes is
 // better changed in place than copied.
 template <class Formula, class... Blocks>

@@ -106,19 +106,12 @@ VESK_INLINE ReadPlan DelaySection::plan_reads(const Block& speed, std::size_t n)
     const Block rate = map_block(
         n, [](auto x) VESK_LAMBDA { return fast_exp2(x); }, speed);
     ReadPlan plan;
-    // uint64_t converts to float by way of int64_t, for which there is an instruction.
-    const auto oldest_position = [](std::uint64_t filled) VESK_LAMBDA {
-        return static_cast<float>(static_cast<std::int64_t>(filled - 3));
-    };
-    const float capacity_limit = oldest_position(delay_capacity);
-    for (std::size_t i = 0; i < n; ++i)
-        plan.limit[i] =
-            delay_filled + i < delay_capacity ? oldest_position(delay_filled + i) : capacity_limit;
     if (repitch)
         plan_tape(rate, n, plan);
     else
         plan_crossfade(rate, n, plan);
-    plan.resolve(n);
+    plan.resolve(static_cast<std::int32_t>(delay_filled), static_cast<std::int32_t>(delay_capacity),
+                 n);
     return plan;
 }
 
@@ -211,12 +204,14 @@ VESK_INLINE void DelaySection::plan_crossfade(const Block& rate, std::size_t n,
         // Computed back from the target, so that a fade ends on it exactly. Each sample computes
         // the weight of the next one.
         const auto remaining = static_cast<std::int32_t>(crossfade_remaining);
-        const auto weight_of = [&](std::size_t i) VESK_LAMBDA {
-            const auto to_go = remaining - static_cast<std::int32_t>(i - first);
-            return crossfade_target - static_cast<float>(to_go) * crossfade_step;
+        const auto weight_of = [&](auto frames_on) VESK_LAMBDA {
+            return crossfade_target - to_float(remaining - frames_on) * crossfade_step;
         };
-        for (std::size_t i = first + 1; i < end; ++i) plan.weight[i] = weight_of(i);
-        crossfade_position = weight_of(end);
+        float* const next_weights = plan.weight + first + 1;
+        for_each_mono_vector(end - first - 1, [&]<class T>(std::size_t i) VESK_LAMBDA {
+            store(next_weights + i, weight_of(value_indices<T>(i + 1)));
+        });
+        crossfade_position = weight_of(static_cast<std::int32_t>(end - first));
         crossfade_remaining -= end - first;
     }
     entry_rings.filled = static_cast<std::uint64_t>(position.filled);

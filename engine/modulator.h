@@ -50,9 +50,13 @@ struct Modulator {
     }
 
     // The two recursive parts, one frame at a time. Each advances its state and gives this frame's
-    // phases, or the envelope of a level (an absolute value).
-    VESK_INLINE Pair step_phases() noexcept;
+    // phase of the left channel, or the envelope of a level (an absolute value).
+    VESK_INLINE float step_phase() noexcept;
     VESK_INLINE Pair step_envelope(Pair level) noexcept;
+    // The phases of both channels. offset: the values of phase_offset.
+    template <class Values>
+    VESK_INLINE static Block phases_of_both(const float* left, Values offset,
+                                            std::size_t n) noexcept;
     // The output for n frames from what those two gave for them. offset: the values of
     // phase_offset; mix: those of envelope_mix.
     template <class Values>
@@ -67,8 +71,9 @@ private:
     VESK_INLINE Block random_lfo(const Block& phases, Values offset, std::size_t n) noexcept;
 };
 
-VESK_INLINE float advance_phase(float phase, float step) noexcept {
-    const float sum = phase + step;
+template <class T>
+VESK_INLINE T advance_phase(T phase, T step) noexcept {
+    const T sum = phase + step;
     return sum >= 1.0f ? sum - 1.0f : sum;
 }
 
@@ -129,9 +134,20 @@ VESK_INLINE Block Modulator::lfo(const Block& phases, Values offset, std::size_t
     return {};
 }
 
-VESK_INLINE Pair Modulator::step_phases() noexcept {
-    const Pair phases{phase, advance_phase(phase, phase_offset)};
+VESK_INLINE float Modulator::step_phase() noexcept {
+    const float present = phase;
     phase = advance_phase(phase, phase_increment);
+    return present;
+}
+
+template <class Values>
+VESK_INLINE Block Modulator::phases_of_both(const float* left, Values offset,
+                                            std::size_t n) noexcept {
+    Block phases;
+    for_each_vector(n, [&]<class T>(std::size_t i) VESK_LAMBDA {
+        const auto l = load<Mono<T>>(left + i);
+        phases.set(i, interleave(l, advance_phase(l, offset.template mono<Mono<T>>(i))));
+    });
     return phases;
 }
 

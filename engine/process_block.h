@@ -39,7 +39,7 @@ VESK_INLINE ControlSignals run_control_stages(Vesk& engine, const Parameters<Val
         return map_block(
             n, [=](auto a) VESK_LAMBDA { return abs(routing.detector(a)); }, x);
     });
-    const Block peak = Gate::peaks(x, n);
+    const Block peak = gate_on ? Gate::peaks(x, n) : uninitialised_block();
     const auto louder_channel = [](auto a)
                                     VESK_LAMBDA { return max(abs(a), swap_left_right(abs(a))); };
     const Block target =
@@ -51,25 +51,33 @@ VESK_INLINE ControlSignals run_control_stages(Vesk& engine, const Parameters<Val
     Gate gate = engine;
     Ducker ducker = engine.ducker;
     Pair reverb_lfo_phase = engine.reverb.lfo_phase;
+    float left_phases[max_block];
     ControlSignals out;
-    for (std::size_t i = 0; i < n; ++i) {
+    const auto step_modulator = [&](std::size_t i) VESK_LAMBDA {
         modulator.phase_increment = p.phase_increment.template mono<float>(i);
-        modulator.phase_offset = p.phase_offset.template mono<float>(i);
-        out.lfo_phases[i] = modulator.step_phases();
+        left_phases[i] = modulator.step_phase();
         out.envelope[i] = modulator.step_envelope(level[i]);
-        if (gate_on) {
-            gate.gate_close_threshold = p.gate_close_threshold.template mono<float>(i);
-            gate.gate_open_threshold = p.gate_open_threshold.template mono<float>(i);
-            gate.gate_release_coefficient = p.gate_release_coefficient.template mono<float>(i);
-            out.gate_gain[i] = broadcast<Pair>(gate.step(peak[i][0]));
+    };
+    if (gate_on || duck_on || reverb_on) {
+        for (std::size_t i = 0; i < n; ++i) {
+            step_modulator(i);
+            if (gate_on) {
+                gate.gate_close_threshold = p.gate_close_threshold.template mono<float>(i);
+                gate.gate_open_threshold = p.gate_open_threshold.template mono<float>(i);
+                gate.gate_release_coefficient = p.gate_release_coefficient.template mono<float>(i);
+                out.gate_gain[i] = broadcast<Pair>(gate.step(peak[i][0]));
+            }
+            if (duck_on) {
+                ducker.release_coefficient = p.duck_release_coefficient.template at<Pair>(i);
+                out.reduction[i] = ducker.step(target[i]);
+            }
+            out.reverb_lfo_phases[i] = reverb_lfo_phase;
+            if (reverb_on) reverb_lfo_phase = engine.reverb.next_lfo_phase(reverb_lfo_phase);
         }
-        if (duck_on) {
-            ducker.release_coefficient = p.duck_release_coefficient.template at<Pair>(i);
-            out.reduction[i] = ducker.step(target[i]);
-        }
-        out.reverb_lfo_phases[i] = reverb_lfo_phase;
-        if (reverb_on) reverb_lfo_phase = engine.reverb.next_lfo_phase(reverb_lfo_phase);
+    } else {
+        for (std::size_t i = 0; i < n; ++i) step_modulator(i);
     }
+    out.lfo_phases = Modulator::phases_of_both(left_phases, p.phase_offset, n);
     engine.modulator.phase = modulator.phase;
     engine.modulator.envelope = modulator.envelope;
     engine.gate_open = gate.gate_open;

@@ -91,14 +91,18 @@ VESK_INLINE void ReadHead::locate(const EntryRings& rings, RingPosition& positio
         const std::int64_t wrap_left = l.wrap(head);
         const std::int64_t wrap_right = r.wrap(head);
         for (; frame < stop; ++frame) {
-            --head;
             l.step(entries.left[frame]);
             r.step(entries.right[frame]);
             if (!l.settled(entries.left[frame]) || !r.settled(entries.right[frame])) [[unlikely]]
                 break;
-            l.record(entries.left[frame], l.index - head + wrap_left, frame, left);
-            r.record(entries.right[frame], r.index - head + wrap_right, frame, right);
+            l.record(entries.left[frame], l.index, frame, left);
+            r.record(entries.right[frame], r.index, frame, right);
         }
+        // What was recorded as their offsets are indices yet. The head has moved down by one for
+        // each frame.
+        left.add_to_offsets(wrap_left - head + 1, begin, frame);
+        right.add_to_offsets(wrap_right - head + 1, begin, frame);
+        head -= static_cast<std::int64_t>(frame - begin) + (frame < stop ? 1 : 0);
         valid = min(valid + static_cast<std::int64_t>(frame - begin), capacity);
         if (frame == end) break;
 

@@ -61,6 +61,15 @@ struct ReadPositions {
     float entry[max_block];          // the entry at the cursor, fixed point
     std::int32_t offset[max_block];  // the cursor's
 
+    // To those of frames first to end - 1: amount to the first, and one more to each later one.
+    VESK_INLINE void add_to_offsets(std::int64_t amount, std::size_t first,
+                                    std::size_t end) noexcept {
+        std::int32_t* const offsets = offset + first;
+        for_each_mono_vector(end - first, [&]<class T>(std::size_t i) VESK_LAMBDA {
+            const Integers<T> amounts = static_cast<std::int32_t>(amount) + value_indices<T>(i);
+            store(offsets + i, load<Integers<T>>(offsets + i) + amounts);
+        });
+    }
     VESK_INLINE void copy(const ReadPositions& other, std::size_t first, std::size_t end) noexcept {
         for (std::size_t i = first; i < end; ++i) {
             remainder[i] = other.remainder[i];

@@ -36,21 +36,14 @@ struct alignas(Oct) RampedBlock {
     }
 };
 
-// Calls body<T>(i) until n values are done: with Oct for values i to i + 7, then with float.
-template <class Body>
-VESK_INLINE void for_each_value(std::size_t n, Body body) noexcept {
-    std::size_t i = 0;
-    for (; i + lane_count<Oct> <= n; i += lane_count<Oct>) body.template operator()<Oct>(i);
-    for (; i < n; ++i) body.template operator()<float>(i);
-}
-
 // The frames' values of the parameters that one ramp moves. What a stage that is off would read is
 // left out.
 VESK_INLINE void run_ramp(const Vesk& engine, const Ramp& ramp, const Parameters<PerFrame>& p,
                           std::size_t n) noexcept {
     const auto set = [&](PerFrame to, auto law) VESK_LAMBDA {
-        for_each_value(n, [&]<class T>(std::size_t i)
-                              VESK_LAMBDA { store(to.values + i, law(load<T>(ramp.values + i))); });
+        for_each_mono_vector(n, [&]<class T>(std::size_t i) VESK_LAMBDA {
+            store(to.values + i, law(load<T>(ramp.values + i)));
+        });
     };
     const auto unchanged = [](auto x) VESK_LAMBDA { return x; };
     const auto db_to_gain = []<class T>(T x) VESK_LAMBDA { return fast_db_to_gain<T>(x); };
@@ -67,14 +60,14 @@ VESK_INLINE void run_ramp(const Vesk& engine, const Ramp& ramp, const Parameters
     };
     switch (ramp.parameter) {
         case Parameter::dry_wet:
-            return for_each_value(n, [&]<class T>(std::size_t i) VESK_LAMBDA {
+            return for_each_mono_vector(n, [&]<class T>(std::size_t i) VESK_LAMBDA {
                 const auto gains = dry_wet_gains<T>(engine.dry_wet_mode, load<T>(ramp.values + i));
                 store(p.dry_gain.values + i, gains.dry);
                 store(p.wet_gain.values + i, gains.wet);
             });
         case Parameter::gate_threshold:
             if (!engine.gate_on) return;
-            return for_each_value(n, [&]<class T>(std::size_t i) VESK_LAMBDA {
+            return for_each_mono_vector(n, [&]<class T>(std::size_t i) VESK_LAMBDA {
                 const T open = fast_db_to_gain<T>(load<T>(ramp.values + i));
                 store(p.gate_open_threshold.values + i, open);
                 store(p.gate_close_threshold.values + i, Gate::close_threshold(open));
