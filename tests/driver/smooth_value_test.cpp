@@ -112,13 +112,15 @@ std::atomic<int> sets{1000};
 // A setter in a signal handler comes between any two instructions of a scan: what it sets is taken
 // by this scan or by the next.
 TEST(SmoothValue, LosesNoSetThatComesInTheMiddleOfAScan) {
+    ramp_list list;
+    list.add(interrupted, 0);
     const Interruptions often([](int) { interrupted.set_value(++sets); });
     while (sets < 4000) {
         interrupted.set_value(1);
         const int before = sets;
-        interrupted.scan();
+        list.scan();
         const int after = sets;
-        interrupted.scan();
+        list.scan();
         if (before != after && after == sets) {
             ASSERT_EQ(interrupted.target, after);
         }

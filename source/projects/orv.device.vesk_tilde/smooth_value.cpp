@@ -24,6 +24,7 @@ void smooth_value::mark_pending() noexcept {
     // Publishes the value. Read-modify-write, so that of two threads that set the value neither
     // hides what the other published from the audio thread.
     pending.exchange(true, std::memory_order_acq_rel);
+    if (any_pending != nullptr) any_pending->exchange(true, std::memory_order_acq_rel);
 }
 
 void smooth_value::take_pending() noexcept {
@@ -92,14 +93,20 @@ void smooth_value::rebuilt(double sample_rate) {
 }
 
 void ramp_list::add(smooth_value& value, std::size_t attribute) {
+    value.any_pending = &any_pending_;
     all_.push_back({&value, attribute});
     active_.reserve(all_.size());
 }
 
 void ramp_list::scan() {
     active_.clear();
+    // Nearly always nothing has been set and nothing ramps. A value that is marked while the others
+    // are scanned has set any_pending after it was cleared here, for the next scan.
+    if (all_idle_ && !any_pending_.load(std::memory_order_relaxed)) return;
+    any_pending_.exchange(false, std::memory_order_acq_rel);
     for (const entry& each : all_)
         if (each.value->scan()) active_.push_back(each);
+    all_idle_ = active_.empty();
 }
 
 void ramp_list::drop_ended() noexcept {

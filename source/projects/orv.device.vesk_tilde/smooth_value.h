@@ -27,6 +27,7 @@ struct smooth_value {
 
     std::atomic<double> user_value;    // the clamped value last set: what the attribute reports
     std::atomic<bool> pending{false};  // set since the last scan
+    std::atomic<bool>* any_pending = nullptr;  // set after pending, where a list shares it
     std::uint64_t ramp_samples = 0;  // length of a ramp at the present rate; 0 before there is one
     double low;
     double high;
@@ -72,6 +73,8 @@ public:
 private:
     std::vector<entry> all_;
     std::vector<entry> active_;  // has room for all
+    std::atomic<bool> any_pending_{false};
+    bool all_idle_ = false;  // at the last scan
 };
 
 }  // namespace kv7::orv
