@@ -182,7 +182,9 @@ VESK_INLINE void DelaySection::plan_crossfade(const Block& rate, std::size_t n,
     for (std::size_t first = 0, end = 0; first < n; first = end) {
         if (crossfade_remaining == 0) begin_crossfade();
         // Up to the end of the fade or of the block the spans are constant.
-        end = crossfade_remaining == 0 ? first + 1 : min(n, first + crossfade_remaining);
+        end = crossfade_remaining == 0
+                  ? first + 1
+                  : static_cast<std::size_t>(min<std::uint64_t>(n, first + crossfade_remaining));
         const bool equal = heads_equal();
         const RingPosition at_first = position;
         h0.locate(entry_rings, position, entries, head_delay[0], first, end, left0.found,

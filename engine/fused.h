@@ -9,8 +9,10 @@
 #include <cstdint>
 #include <type_traits>
 
-#ifdef __FMA__
+#if defined(__FMA__)
 #include <immintrin.h>
+#elif defined(__ARM_FEATURE_FMA)
+#include <arm_neon.h>
 #endif
 
 #include "engine/lanes.h"
@@ -32,28 +34,69 @@ namespace orvane::blocks::vesk {
     return static_cast<float>(sum);
 }
 
+constexpr std::int64_t bits_below_float = 0x1FFFFFFF;  // of a 64-bit mantissa
+constexpr std::int64_t half_way = 0x10000000;          // between two floats
+constexpr double min_normal_float = 0x1p-126;
+
 VESK_INLINE constexpr float fused_in_software(float a, float b, float c) noexcept {
-    constexpr std::uint64_t below_float = 0x1FFFFFFF;  // mantissa bits that a float lacks
-    constexpr std::uint64_t half_way = 0x10000000;
-    constexpr double min_normal = 0x1p-126;  // of a float
     const double product = static_cast<double>(a) * static_cast<double>(b);
     const double sum = product + static_cast<double>(c);
-    const auto bits = __builtin_bit_cast(std::uint64_t, sum);
+    const auto bits = __builtin_bit_cast(std::int64_t, sum);
     const double magnitude = sum < 0.0 ? -sum : sum;
-    if ((bits & below_float) != half_way && magnitude >= min_normal) [[likely]]
+    if ((bits & bits_below_float) != half_way && (magnitude >= min_normal_float || sum == 0.0))
+        [[likely]]
         return static_cast<float>(sum);
     return round_sum_once(product, static_cast<double>(c), sum);
 }
 
+// 64-bit lanes, as many as T has.
+template <class T>
+struct Wide;
+template <>
+struct Wide<Pair> {
+    using Doubles = double __attribute__((vector_size(16)));
+    using Longs = std::int64_t __attribute__((vector_size(16)));
+};
+template <>
+struct Wide<Quad> {
+    using Doubles = double __attribute__((vector_size(32)));
+    using Longs = LongQuad;
+};
+
+// Lane by lane the same, with one test for all lanes. T is Pair or Quad.
+template <class T>
+VESK_INLINE T fused_in_software(T a, T b, T c) noexcept requires(!std::is_same_v<T, float>) {
+    using Doubles = typename Wide<T>::Doubles;
+    using Longs = typename Wide<T>::Longs;
+    const Doubles product =
+        __builtin_convertvector(a, Doubles) * __builtin_convertvector(b, Doubles);
+    const Doubles addend = __builtin_convertvector(c, Doubles);
+    const Doubles sum = product + addend;
+    const Longs bits = __builtin_bit_cast(Longs, sum);
+    const auto magnitude = __builtin_bit_cast(Doubles, bits & INT64_MAX);
+    const Longs doubtful =
+        ((bits & bits_below_float) == half_way) | ((magnitude < min_normal_float) & (sum != 0.0));
+    T rounded = __builtin_convertvector(sum, T);
+    std::int64_t any = 0;
+    for (std::size_t i = 0; i < lane_count<T>; ++i) any |= doubtful[i];
+    if (any != 0) [[unlikely]]
+        for (std::size_t i = 0; i < lane_count<T>; ++i)
+            if (doubtful[i] != 0) rounded[i] = round_sum_once(product[i], addend[i], sum[i]);
+    return rounded;
+}
+
+#if defined(__FMA__) || defined(__ARM_FEATURE_FMA)
 VESK_INLINE constexpr float fused(float a, float b, float c) noexcept {
-#ifdef __FMA__
-    if (!std::is_constant_evaluated()) return __builtin_fmaf(a, b, c);
-#endif
+    return std::is_constant_evaluated() ? fused_in_software(a, b, c) : __builtin_fmaf(a, b, c);
+}
+#else
+VESK_INLINE constexpr float fused(float a, float b, float c) noexcept {
     return fused_in_software(a, b, c);
 }
-// The compilers' vector types have no fused operation, and eight scalar ones are not always made
-// into one instruction. So these two are the only intrinsics of the engine.
-#ifdef __FMA__
+#endif
+// The compilers' vector types have no fused operation, and scalar ones are not always made into one
+// instruction. So here are the only intrinsics of the engine.
+#if defined(__FMA__)
 VESK_INLINE Quad fused(Quad a, Quad b, Quad c) noexcept {
     return _mm_fmadd_ps(a, b, c);
 }
@@ -62,8 +105,11 @@ VESK_INLINE Oct fused(Oct a, Oct b, Oct c) noexcept {
 }
 #else
 VESK_INLINE Quad fused(Quad a, Quad b, Quad c) noexcept {
-    return Quad{fused(a[0], b[0], c[0]), fused(a[1], b[1], c[1]), fused(a[2], b[2], c[2]),
-                fused(a[3], b[3], c[3])};
+#if defined(__ARM_FEATURE_FMA)
+    return vfmaq_f32(c, a, b);
+#else
+    return fused_in_software(a, b, c);
+#endif
 }
 VESK_INLINE Oct fused(Oct a, Oct b, Oct c) noexcept {
     return combine(fused(lower_half(a), lower_half(b), lower_half(c)),
@@ -71,7 +117,11 @@ VESK_INLINE Oct fused(Oct a, Oct b, Oct c) noexcept {
 }
 #endif
 VESK_INLINE Pair fused(Pair a, Pair b, Pair c) noexcept {
+#if defined(__FMA__) || defined(__ARM_FEATURE_FMA)
     return lower_half(fused(combine(a, a), combine(b, b), combine(c, c)));
+#else
+    return fused_in_software(a, b, c);
+#endif
 }
 // With constants for c, or for b and c.
 template <class T>

@@ -1,5 +1,5 @@
-// The two kernels: the audio processing, compiled for any x86-64 processor and for those with AVX2
-// and fused multiply-add. Both give the same bits.
+// The kernels: the audio processing, compiled for one or several kinds of the processor that the
+// program is built for. All give the same bits.
 #pragma once
 
 #include <cstddef>
@@ -13,6 +13,7 @@ namespace orvane::blocks::vesk {
 struct Vesk;
 
 struct Kernel {
+    const char* name;
     Pair (*frame)(Vesk& engine, Pair x) noexcept;  // one frame
     void (*frames)(Vesk& engine, const double* in_left, const double* in_right, double* out_left,
                    double* out_right, std::size_t frames) noexcept;
@@ -20,12 +21,10 @@ struct Kernel {
                    double* out_right, std::size_t frames, std::span<const Ramp> ramps) noexcept;
 };
 
-extern const Kernel portable_kernel;
-extern const Kernel fma_kernel;
+// Those that this processor can run, the fastest first; at least one.
+std::span<const Kernel* const> usable_kernels() noexcept;
 
-bool processor_has_fma() noexcept;  // and the other extensions that fma_kernel is compiled for
-
-// Chosen when the program loads. Tests may choose another while no engine runs.
+// The first one, chosen when the program loads. Tests may choose another while no engine runs.
 const Kernel& kernel_in_use() noexcept;
 void use_kernel(const Kernel& kernel) noexcept;
 

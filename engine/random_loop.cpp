@@ -52,7 +52,9 @@ void tilt_halves(std::span<double> loop, double depth, std::size_t fade) {
 }
 
 void set_extremes(std::span<double> loop, double lowest, double highest) {
-    const auto [low, high] = std::ranges::minmax(loop);
+    const auto [lowest_at, highest_at] = std::minmax_element(loop.begin(), loop.end());
+    const double low = *lowest_at;
+    const double high = *highest_at;
     const double low_knee = knee * std::max(low, lowest);
     const double high_knee = knee * std::min(high, highest);
     const double low_slope = (lowest - low_knee) / (low - low_knee);

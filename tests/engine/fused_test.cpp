@@ -28,6 +28,14 @@ TEST(Fused, RoundsOnceInSoftwareToo) {
         for (const float sign : {1.0f, -1.0f})
             EXPECT_EQ(fused_in_software(sign * a, b, sign * c), sign * once)
                 << std::hexfloat << a << " " << b << " " << c;
+    // In a vector a doubtful lane leaves the others as they are.
+    for (const auto& [a, b, c, once] : rows)
+        for (const int lane : {0, 3}) {
+            Quad x = broadcast<Quad>(3), y = x, z = x;
+            x[lane] = a, y[lane] = b, z[lane] = c;
+            const Quad result = fused_in_software(x, y, z);
+            for (int i = 0; i < 4; ++i) EXPECT_EQ(result[i], i == lane ? once : 12) << i;
+        }
     EXPECT_TRUE(std::isnan(fused_in_software(INFINITY, 0, 1)));
 }
 

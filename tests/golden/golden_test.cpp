@@ -55,15 +55,14 @@ TEST_P(Generated, HaveTheirHashesOnEveryKernelAndInBlocks) {
     using namespace orvane::blocks::vesk;
     const std::vector<Scenario> all = read_scenarios(path(generated) + ".txt");
     const Kernel chosen = kernel_in_use();
-    for (const Kernel* kernel : {&portable_kernel, &fma_kernel}) {
-        if (kernel == &fma_kernel && !processor_has_fma()) continue;
+    for (const Kernel* kernel : usable_kernels()) {
         use_kernel(*kernel);
         for (std::size_t i = GetParam(); i < all.size(); i += shares)
             for (const std::size_t block : {std::size_t{0}, 1 + i % 70}) {
                 if (all[i].on_device && block != 0) continue;
                 EXPECT_EQ(hash_of(play(all[i], block)), all[i].hash)
-                    << generated << ".txt:" << all[i].line << ", "
-                    << (kernel == &fma_kernel ? "fma" : "portable") << ", blocks of " << block;
+                    << generated << ".txt:" << all[i].line << ", " << kernel->name << ", blocks of "
+                    << block;
             }
     }
     use_kernel(chosen);

@@ -14,6 +14,7 @@
 #include <utility>
 #include <vector>
 
+#include "at_end.h"
 #include "attribute_row.h"
 #include "attribute_values.h"
 #include "parameter_queue.h"
@@ -197,17 +198,17 @@ void driver_core<Engine>::rebuild(double rate, bool through_owner) {
         };
         swap_in(rate);
         rebuilding_ = true;
-        try {
-            if (through_owner && restore_values)
-                restore_values();
-            else
-                for (std::size_t i = 0; i < parameters_.size(); ++i) restore(i);
-        } catch (...) {
+        bool restored = false;
+        // Also when something is thrown; then the old engine comes back.
+        const at_end finish([&] {
             rebuilding_ = false;
-            swap_in(old_rate);
-            throw;
-        }
-        rebuilding_ = false;
+            if (!restored) swap_in(old_rate);
+        });
+        if (through_owner && restore_values)
+            restore_values();
+        else
+            for (std::size_t i = 0; i < parameters_.size(); ++i) restore(i);
+        restored = true;
         requests_.store(0, std::memory_order_relaxed);  // of audio that is gone
     }
     // The old engine is destroyed here, on this thread, and its tables after it.

@@ -2,8 +2,9 @@
 
 #include <array>
 #include <charconv>
-#include <stdexcept>
 #include <string>
+
+#include "platform.h"
 
 namespace kv7::orv {
 namespace {
@@ -19,9 +20,9 @@ std::string decimal(double x) {
 
 void require_sample_rate(double hz) {
     if (!is_sample_rate(hz))
-        throw std::invalid_argument("sample rate " + decimal(hz) + " Hz: expected " +
-                                    decimal(lowest_sample_rate) + " to " +
-                                    decimal(highest_sample_rate) + " Hz");
+        refuse_argument("sample rate " + decimal(hz) + " Hz: expected " +
+                        decimal(lowest_sample_rate) + " to " + decimal(highest_sample_rate) +
+                        " Hz");
 }
 
 }  // namespace kv7::orv

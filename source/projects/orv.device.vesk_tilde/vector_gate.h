@@ -2,7 +2,8 @@
 #pragma once
 
 #include <atomic>
-#include <thread>
+
+#include "platform.h"
 
 namespace kv7::orv {
 
@@ -28,7 +29,7 @@ public:
             while (!gate_.state_.compare_exchange_weak(
                 expected, rebuild_inside, std::memory_order_acquire, std::memory_order_relaxed)) {
                 expected = open;
-                std::this_thread::yield();
+                give_way();
             }
         }
         ~exclusion() { gate_.leave(); }
