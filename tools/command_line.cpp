@@ -3,9 +3,11 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
+#include <filesystem>
 
 #include "tools/failure.h"
 #include "tools/text.h"
+#include "tools/value_text.h"
 
 namespace program {
 
@@ -21,6 +23,7 @@ struct number_texts {
     std::string vector_size;
     std::string tail;
     std::string seed;
+    std::string bpm;
 };
 
 void add_render(CLI::App& app, render_options& options, number_texts& numbers) {
@@ -43,8 +46,8 @@ void add_render(CLI::App& app, render_options& options, number_texts& numbers) {
         return render.add_option(name, into, help)
             ->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
     };
-    once("--score", options.score,
-         "Read messages from FILE, SECONDS MESSAGE a line; # starts a comment")
+    repeatable("--score", options.scores,
+               "Read messages from FILE, SECONDS MESSAGE a line; repeatable")
         ->type_name("FILE");
     once("--preset", options.preset, "Begin with these settings; --set overrides them")
         ->type_name("NAME|FILE");
@@ -53,12 +56,17 @@ void add_render(CLI::App& app, render_options& options, number_texts& numbers) {
          "Play on after INPUT for SECONDS, or until a second is under -80 dBFS, 60 s at most "
          "[auto]")
         ->type_name("SECONDS|auto");
+    once("--bpm", numbers.bpm, "Tempo of note values, as delay=1/8.,1/4t")->type_name("BPM");
     once("--subtype", options.subtype, "Sample type: float, 24 or 16 [float; 24 for FLAC]")
         ->type_name("TYPE");
     once("--picture", options.picture, "Draw input, output and events into FILE, .png or .svg")
         ->type_name("FILE");
     once("--seed", numbers.seed, "Make what is random the same on every run")->type_name("N");
     once("--object", options.object, "Play through this object file")->type_name("PATH");
+    render.add_flag("--clamp", options.clamp,
+                    "Clamp values out of range, with a warning, instead of refusing them");
+    render.add_flag("--partial", options.partial,
+                    "Of a damaged INPUT keep what can be read, as NAME.partial.wav");
     render.add_flag("--force", options.force, "Replace OUTPUT and picture if they are there");
     render.add_flag("--quiet", options.quiet, "No progress and no summary");
 }
@@ -82,6 +90,34 @@ void read_numbers(const number_texts& texts, render_options& options) {
             throw usage_error("--seed " + texts.seed + ": expected a whole number, 0 or above");
         options.seed = static_cast<std::uint64_t>(*seed);
     }
+    if (!texts.bpm.empty()) try {
+            options.bpm = read_bpm(texts.bpm);
+        } catch (const bad_text& wrong) {
+            throw usage_error(std::string("--bpm: ") + wrong.what());
+        }
+}
+
+std::string list_of_commands() {
+    std::string list;
+    for (const char* name : subcommands) list += (list.empty() ? "" : ", ") + std::string(name);
+    return list;
+}
+
+// The first word that no option and no place takes.
+[[noreturn]] void refuse(const std::string& word, const CLI::App& app) {
+    if (word.size() < 2 || word[0] != '-')
+        throw usage_error(word + ": one file too many, expected INPUT and OUTPUT alone");
+    if (std::filesystem::path(word).has_extension() || std::filesystem::exists(word))
+        throw usage_error(word + ": is no option; a file of that name goes after --, as in vesk " +
+                          app.get_name() + " -- " + word);
+    std::vector<std::string> names;
+    for (const CLI::Option* option : app.get_options())
+        for (const std::string& name : option->get_lnames()) names.push_back("--" + name);
+    const std::string name = word.substr(0, word.find('='));
+    const std::string nearest = near_name(name, names);
+    throw usage_error(name + ": no such option, " +
+                      (nearest.empty() ? "vesk " + app.get_name() + " --help lists them"
+                                       : "the nearest is " + nearest));
 }
 
 }  // namespace
@@ -106,14 +142,37 @@ options read_command_line(int count, const char* const* words) {
     list.add_option("--object", attributes.object, "List those of this object file")
         ->type_name("PATH");
     app.add_subcommand("presets", "Prints name and title of every preset");
+    for (CLI::App* subcommand : app.get_subcommands({})) subcommand->allow_extras();
+    const std::vector<std::string> given(words + std::min(count, 1), words + count);
+    if (given.empty())
+        throw usage_error("no command, expected one of " + list_of_commands() +
+                          "; vesk help shows more");
+    if (given[0] == "help") {
+        if (given.size() == 1) return text_options{app.help()};
+        for (const CLI::App* subcommand : app.get_subcommands({}))
+            if (subcommand->get_name() == given[1]) return text_options{subcommand->help("vesk")};
+    }
+    const std::string command = given[0] == "help" ? given[1] : given[0];
+    if (command[0] != '-' &&
+        std::find(subcommands.begin(), subcommands.end(), command) == subcommands.end()) {
+        throw usage_error(command + ": no such command, expected one of " + list_of_commands() +
+                          "; vesk help shows more");
+    }
+    const auto refuse_rest = [&app] {
+        for (const CLI::App* subcommand : app.get_subcommands())
+            for (const std::string& word : subcommand->remaining())
+                if (word != "--") refuse(word, *subcommand);
+    };
     try {
         app.parse(count, words);
+        refuse_rest();
     } catch (const CLI::CallForVersion& version_text) {
         return text_options{std::string(version_text.what()) + "\n"};
     } catch (const CLI::CallForHelp&) {
         const std::vector<CLI::App*> subcommand = app.get_subcommands();
         return text_options{subcommand.empty() ? app.help() : subcommand.front()->help("vesk")};
     } catch (const CLI::ParseError& wrong) {
+        refuse_rest();  // names the cause of what is missing
         throw usage_error(wrong.what());
     }
     if (app.got_subcommand("attributes")) return attributes;

@@ -10,6 +10,7 @@
 #include <string>
 
 #include "tools/failure.h"
+#include "tools/text.h"
 
 namespace program {
 
@@ -23,6 +24,15 @@ constexpr int max_channels = 2;
 // header.
 constexpr std::int64_t unknown_length = 0x07FFFFF0;  // frames; 2 GiB of the widest frame
 
+// `data : 4294967295 (should be 3913)`: what a program that writes to a pipe leaves in its header.
+bool is_length_of_a_stream(const std::string& line) {
+    constexpr std::int64_t near_max = 0x7FFFF000;  // bytes
+    const std::size_t colon = line.find(':');
+    const std::size_t end = line.find('(');
+    if (colon >= end) return false;
+    return read_integer(trimmed(line.substr(colon + 1, end - colon - 1))).value_or(0) >= near_max;
+}
+
 // libsndfile shortens a length that exceeds the file, and reports it only in its log, e.g.
 // `data : 8000 (should be 3913)`.
 bool log_reports_missing_data(SNDFILE* file) {
@@ -33,7 +43,7 @@ bool log_reports_missing_data(SNDFILE* file) {
         const std::size_t word = line.find_first_not_of(' ');
         if (word == std::string::npos || line.find("(should be ") == std::string::npos) continue;
         for (const char* chunk : {"data", "Data", "SSND"})
-            if (line.compare(word, 4, chunk) == 0) return true;
+            if (line.compare(word, 4, chunk) == 0 && !is_length_of_a_stream(line)) return true;
     }
     return false;
 }
@@ -71,11 +81,17 @@ input_file::input_file(const std::string& name)
 std::optional<std::int64_t> input_file::header_frames() const {
     const std::int64_t unknown = info_.seekable ? SF_COUNT_MAX : unknown_length;
     if (info_.frames < 0 || info_.frames >= unknown) return std::nullopt;
+    // Without a length tag the library estimates the length of an MP3 from its size.
+    if ((info_.format & SF_FORMAT_TYPEMASK) == SF_FORMAT_MPEG) return std::nullopt;
     return info_.frames;
 }
 
 std::int64_t input_file::read(float* interleaved, std::int64_t frames) {
     const std::int64_t count = sf_readf_float(file_.get(), interleaved, frames);
+    // The next read would clear the error, and a decoder can go on after a gap.
+    if (first_error_.empty() && sf_error(file_.get()) != SF_ERR_NO_ERROR)
+        first_error_ = "can't be decoded near frame " + std::to_string(frames_read_ + count) +
+                       ": " + sf_strerror(file_.get());
     for (std::int64_t i = 0; i < count * info_.channels; ++i)
         if (!std::isfinite(interleaved[i])) {
             interleaved[i] = 0;
@@ -85,9 +101,13 @@ std::int64_t input_file::read(float* interleaved, std::int64_t frames) {
     return count;
 }
 
-bool input_file::cut_short() const {
+std::string input_file::damage() const {
+    const std::string end = "ends at frame " + std::to_string(frames_read_);
     const std::optional<std::int64_t> expected = header_frames();
-    return (expected && frames_read_ < *expected) || log_reports_missing_data(file_.get());
+    if (!first_error_.empty()) return first_error_;
+    if (expected && frames_read_ < *expected)
+        return end + ", its header promises " + std::to_string(*expected);
+    return log_reports_missing_data(file_.get()) ? end + ", its header promises more" : "";
 }
 
 }  // namespace program

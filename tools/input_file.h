@@ -30,7 +30,9 @@ public:
 
     std::int64_t frames_read() const { return frames_read_; }
     std::int64_t not_finite() const { return not_finite_; }  // samples so far
-    bool cut_short() const;  // after the last frame: the file is shorter than its header says
+    // After the last frame: what is wrong with the file, "" for nothing. It ends before the length
+    // in its header, or its data can't be decoded.
+    std::string damage() const;
 
 private:
     std::string shown_name_;
@@ -38,6 +40,7 @@ private:
     sound_file file_;
     std::int64_t frames_read_ = 0;
     std::int64_t not_finite_ = 0;
+    std::string first_error_;  // of the library while it decoded
 };
 
 }  // namespace program

@@ -9,6 +9,7 @@
 #include "tools/failure.h"
 #include "tools/package.h"
 #include "tools/presets.h"
+#include "tools/render.h"
 #include "tools/text.h"
 
 namespace program {

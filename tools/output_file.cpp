@@ -2,12 +2,12 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <cmath>
 #include <filesystem>
 #include <utility>
 
 #include "tools/failure.h"
+#include "tools/text.h"
 
 namespace program {
 
@@ -20,14 +20,13 @@ struct suffix_format {
     int code;
     const char* default_subtype;
     bool has_float;
-    bool has_4_gib_limit;
     bool can_be_empty;
 };
 
 constexpr std::array suffix_formats{
-    suffix_format{".wav", SF_FORMAT_WAV, "float", true, true, true},
-    suffix_format{".w64", SF_FORMAT_W64, "float", true, false, true},
-    suffix_format{".flac", SF_FORMAT_FLAC, "24", false, false, false},
+    suffix_format{".wav", SF_FORMAT_WAV, "float", true, true},
+    suffix_format{".w64", SF_FORMAT_W64, "float", true, true},
+    suffix_format{".flac", SF_FORMAT_FLAC, "24", false, false},
 };
 
 struct sample_format {
@@ -67,9 +66,7 @@ SF_VIRTUAL_IO file_calls() {
 }  // namespace
 
 output_format output_format_of(const std::string& path, const std::string& subtype) {
-    std::string suffix = std::filesystem::path(path).extension().string();
-    std::transform(suffix.begin(), suffix.end(), suffix.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    const std::string suffix = lower_case(std::filesystem::path(path).extension().string());
     const auto* const file =
         std::find_if(suffix_formats.begin(), suffix_formats.end(),
                      [&suffix](const suffix_format& f) { return suffix == f.suffix; });
@@ -85,19 +82,25 @@ output_format output_format_of(const std::string& path, const std::string& subty
     if (!is_integer && !file->has_float)
         throw usage_error(path + ": FLAC has no floats, expected --subtype 24 or 16");
     return {file->code | samples->code, std::int64_t{samples->bytes} * channels, is_integer,
-            file->has_4_gib_limit, file->can_be_empty};
+            file->has_float, file->can_be_empty};
 }
 
 output_file::output_file(const std::string& path, const output_format& format, int rate,
-                         bool replace)
+                         bool replace, std::optional<std::int64_t> max_frames)
     : path_(path), format_(format), bytes_(path, replace) {
     SF_VIRTUAL_IO calls = file_calls();
     SF_INFO info{};
     info.samplerate = rate;
     info.channels = channels;
-    info.format = format.code;
+    constexpr std::int64_t max_bytes = 0xFFFFFFFF - 4096;  // less room for the header
+    const bool is_wav = (format.code & SF_FORMAT_TYPEMASK) == SF_FORMAT_WAV;
+    const bool may_be_large =
+        is_wav && (!max_frames || *max_frames > max_bytes / format.frame_bytes);
+    info.format = may_be_large ? SF_FORMAT_RF64 | (format.code & SF_FORMAT_SUBMASK) : format.code;
     file_ = sf_open_virtual(&calls, SFM_WRITE, &info, &bytes_);
     if (file_ == nullptr) fail();
+    // Of an unknown length only one above 4 GiB stays RF64.
+    if (may_be_large && !max_frames) sf_command(file_, SFC_RF64_AUTO_DOWNGRADE, nullptr, SF_TRUE);
     sf_command(file_, SFC_SET_CLIPPING, nullptr, SF_TRUE);
     // The PEAK chunk holds the time of writing; without it equal sound gives equal bytes.
     sf_command(file_, SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
@@ -113,12 +116,6 @@ void output_file::fail() const {
     bytes_.fail(bytes_.error());
 }
 
-void output_file::check_length(std::int64_t frames) const {
-    constexpr std::int64_t max_bytes = 0xFFFFFFFF - 4096;  // less room for the header
-    if (format_.has_4_gib_limit && frames > max_bytes / format_.frame_bytes)
-        throw failure(path_ + ": more than the 4 GiB of a WAV file, expected suffix .w64 or .flac");
-}
-
 void output_file::measure_levels(const float* interleaved, std::int64_t samples) {
     float peak = 0;
     for (std::int64_t i = 0; i < samples; ++i) peak = std::max(peak, std::fabs(interleaved[i]));
@@ -131,17 +128,20 @@ void output_file::measure_levels(const float* interleaved, std::int64_t samples)
 }
 
 void output_file::write(const float* interleaved, std::int64_t frames) {
-    check_length(frames_ + frames);
     if (sf_writef_float(file_, interleaved, frames) != frames || bytes_.error() != 0) fail();
     measure_levels(interleaved, frames * channels);
     frames_ += frames;
 }
 
 void output_file::finish() {
+    finish_as(path_);
+}
+
+void output_file::finish_as(const std::string& path) {
     if (frames_ == 0 && !format_.can_be_empty)
         throw failure(path_ + ": a FLAC file without a frame can't be read, expected a --tail");
     if (sf_close(std::exchange(file_, nullptr)) != 0) fail();
-    bytes_.finish();
+    path == path_ ? bytes_.finish() : bytes_.finish_as(path);
 }
 
 }  // namespace program

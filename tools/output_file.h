@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "tools/input_file.h"
@@ -13,8 +14,8 @@ struct output_format {
     int code = 0;                  // of the sound file library
     std::int64_t frame_bytes = 0;  // of both channels, before any packing
     bool is_integer = false;       // samples are clipped at full scale
-    bool has_4_gib_limit = false;
-    bool can_be_empty = true;  // a file without frames can be read
+    bool has_float = true;         // of the format, with another sample type
+    bool can_be_empty = true;      // a file without frames can be read
 };
 
 // By the suffix of path; subtype is "float", "24", "16" or "" for the format's default. Throws
@@ -23,18 +24,22 @@ output_format output_format_of(const std::string& path, const std::string& subty
 
 class output_file {
 public:
-    output_file(const std::string& path, const output_format& format, int rate, bool replace);
+    // max_frames: an upper bound of the length, if known. A WAV file that may grow above 4 GiB
+    // becomes RF64, the same with lengths of 64 bits, if it does.
+    output_file(const std::string& path, const output_format& format, int rate, bool replace,
+                std::optional<std::int64_t> max_frames);
     ~output_file();
     output_file(const output_file&) = delete;
     output_file& operator=(const output_file&) = delete;
 
-    void check_length(std::int64_t frames) const;  // throws failure when the format can't hold them
     void write(const float* interleaved, std::int64_t frames);  // throws failure
     void finish();                                              // throws failure
+    void finish_as(const std::string& path);  // under another name in the same folder
 
     std::int64_t frames() const { return frames_; }
     std::int64_t clipped() const { return clipped_; }  // samples above full scale, clipped
-    double peak() const { return peak_; }              // linear, of all written samples
+    const output_format& format() const { return format_; }
+    double peak() const { return peak_; }  // linear, of all written samples
 
 private:
     void measure_levels(const float* interleaved, std::int64_t samples);

@@ -1,5 +1,6 @@
 #include "tools/progress.h"
 
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -13,9 +14,15 @@ namespace program {
 
 namespace {
 
-constexpr std::size_t bar_width = 40;  // characters
+constexpr std::size_t max_bar_width = 40;  // characters
 constexpr auto interval = std::chrono::milliseconds(100);
 constexpr const char* clear_line = "\r\033[K";
+
+std::size_t terminal_columns() {
+    constexpr std::size_t usual = 80;
+    winsize size{};
+    return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : usual;
+}
 
 }  // namespace
 
@@ -27,15 +34,18 @@ void progress::show(std::int64_t frames) {
     next_ = clock::now() + interval;
     const double passed = std::chrono::duration<double>(clock::now() - began_).count();
     const double played = static_cast<double>(frames) / rate_;
-    std::string line = clear_line;
-    if (expected_ && *expected_ > 0) {
+    std::string text = fixed_text(played, 1) + " s";
+    if (passed > 0) text += ", " + fixed_text(played / passed, 0) + " times real time";
+    std::string bar;
+    const std::size_t columns = terminal_columns() - 1;  // a full line would wrap
+    if (expected_ && *expected_ > 0 && columns > text.size() + 8) {
+        const std::size_t width = std::min(max_bar_width, columns - text.size() - 3);
         const double share =
             std::min(1.0, static_cast<double>(frames) / static_cast<double>(*expected_));
-        const auto filled = static_cast<std::size_t>(share * bar_width);
-        line += "[" + std::string(filled, '#') + std::string(bar_width - filled, '.') + "] ";
+        const auto filled = static_cast<std::size_t>(share * static_cast<double>(width));
+        bar = "[" + std::string(filled, '#') + std::string(width - filled, '.') + "] ";
     }
-    line += fixed_text(played, 1) + " s";
-    if (passed > 0) line += ", " + fixed_text(played / passed, 0) + " times real time";
+    const std::string line = clear_line + bar + text.substr(0, columns);
     std::cerr << line << std::flush;
     shown_ = true;
 }

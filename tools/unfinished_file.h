@@ -10,7 +10,7 @@ namespace program {
 class unfinished_file {
 public:
     // Makes `.NAME.part-PID` in the folder of path; throws failure. replace: finish replaces a file
-    // of this path.
+    // of this path, or the one that a symbolic link there leads to, and keeps its mode.
     unfinished_file(std::string path, bool replace);
     ~unfinished_file();
     unfinished_file(const unfinished_file&) = delete;
@@ -25,6 +25,7 @@ public:
     int error() const { return error_; }  // errno of the first call that failed, or 0
 
     void finish();                            // renames it to its path; throws failure
+    void finish_as(const std::string& path);  // to another path in the same folder
     [[noreturn]] void fail(int error) const;  // throws failure with the text of this errno
 
 private:
@@ -34,9 +35,9 @@ private:
     int error_ = 0;
 };
 
-// After this call SIGINT, SIGTERM and SIGHUP remove the unfinished file and end the program with
-// 128 plus their number, also while it is blocked in a read; a file above the size limit is an
-// error of write instead of a signal.
+// After this call SIGINT, SIGTERM, SIGHUP and SIGQUIT remove the unfinished file and end the
+// program with 128 plus their number, also while it is blocked in a read; a file above the size
+// limit is an error of write instead of a signal.
 void remove_unfinished_on_signals();
 
 }  // namespace program

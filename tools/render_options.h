@@ -1,0 +1,31 @@
+// What the command line asks of a rendering.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace program {
+
+struct render_options {
+    std::string input;  // "-" is the standard input
+    std::string output;
+    std::string object;                 // file; "" for the one of the package
+    std::string preset;                 // name or file; "" for none
+    std::vector<std::string> settings;  // NAME=VALUE
+    std::vector<std::string> scores;    // files
+    std::vector<std::string> events;    // SECONDS MESSAGE
+    std::string picture;                // .png or .svg; "" for none
+    int vector_size = 64;               // frames
+    std::optional<double> tail;         // s; unset: until the output is silent
+    std::optional<double> bpm;          // quarter notes per minute, for note values
+    std::string subtype;                // "" for the format's default
+    std::optional<std::uint64_t> seed;
+    bool clamp = false;    // values out of range are clamped, with a warning, not refused
+    bool partial = false;  // of a damaged input, keep what can be read
+    bool force = false;    // replace existing files
+    bool quiet = false;
+};
+
+}  // namespace program
