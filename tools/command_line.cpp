@@ -15,7 +15,8 @@ namespace {
 
 constexpr const char* version = "vesk " VESK_VERSION;
 constexpr int max_vector_size = 8192;  // frames
-constexpr double max_tail = 86400;     // s
+constexpr int max_jobs = 256;
+constexpr double max_tail = 86400;  // s
 constexpr std::array subcommands{"render", "attributes", "presets"};
 
 // Numbers as text: the library would convert them by the locale.
@@ -24,15 +25,16 @@ struct number_texts {
     std::string tail;
     std::string seed;
     std::string bpm;
+    std::string jobs;
 };
 
 void add_render(CLI::App& app, render_options& options, number_texts& numbers) {
     CLI::App& render = *app.add_subcommand("render", "Plays INPUT through the effect into OUTPUT");
-    render.add_option("INPUT", options.input, "Sound file, 1 or 2 channels; - for standard input")
-        ->required()
+    render
+        .add_option("INPUT", options.input,
+                    "Sound file, 1 or 2 channels; - for standard input; with --into also a folder")
         ->type_name("");
     render.add_option("OUTPUT", options.output, "File to write: .wav, .flac or .w64")
-        ->required()
         ->type_name("");
     const auto repeatable = [&render](const char* name, std::vector<std::string>& into,
                                       const char* help) {
@@ -63,6 +65,15 @@ void add_render(CLI::App& app, render_options& options, number_texts& numbers) {
         ->type_name("FILE");
     once("--seed", numbers.seed, "Make what is random the same on every run")->type_name("N");
     once("--object", options.object, "Play through this object file")->type_name("PATH");
+    once("--list", options.list, "Render every line INPUT, tab, OUTPUT [, tab, SETTINGS] of FILE")
+        ->type_name("FILE|-");
+    once("--into", options.into, "Write every sound file of INPUT into DIR, under its name")
+        ->type_name("DIR");
+    once("--jobs", numbers.jobs, "Files of a list or folder rendered at a time, 1 to 256 [1]")
+        ->type_name("N");
+    render.add_flag("--skip-existing", options.skip_existing,
+                    "Of a list or folder, leave outputs that are there");
+    render.add_flag("--json", options.json, "Print one JSON object for each file");
     render.add_flag("--clamp", options.clamp,
                     "Clamp values out of range, with a warning, instead of refusing them");
     render.add_flag("--partial", options.partial,
@@ -90,11 +101,31 @@ void read_numbers(const number_texts& texts, render_options& options) {
             throw usage_error("--seed " + texts.seed + ": expected a whole number, 0 or above");
         options.seed = static_cast<std::uint64_t>(*seed);
     }
+    if (!texts.jobs.empty()) {
+        const auto jobs = read_integer(texts.jobs);
+        if (!jobs || *jobs < 1 || *jobs > max_jobs)
+            throw usage_error("--jobs " + texts.jobs + ": expected a whole number, 1 to 256");
+        options.jobs = static_cast<int>(*jobs);
+    }
     if (!texts.bpm.empty()) try {
             options.bpm = read_bpm(texts.bpm);
         } catch (const bad_text& wrong) {
             throw usage_error(std::string("--bpm: ") + wrong.what());
         }
+}
+
+// One file, a list, or a folder.
+void check_files(const render_options& options) {
+    const bool many = !options.list.empty() || !options.into.empty();
+    if (!options.list.empty() && !(options.input.empty() && options.into.empty()))
+        throw usage_error("--list " + options.list + ": names all files, expected no other");
+    if (!options.into.empty() && !options.output.empty())
+        throw usage_error("--into " + options.into + ": expected INPUT alone, without OUTPUT");
+    if (options.list.empty() && options.input.empty()) throw usage_error("INPUT is required");
+    if (!many && options.output.empty()) throw usage_error("OUTPUT is required");
+    if (!many && options.skip_existing)
+        throw usage_error("--skip-existing: is for --list and --into");
+    if (!many && options.jobs > 1) throw usage_error("--jobs: is for --list and --into");
 }
 
 std::string list_of_commands() {
@@ -178,6 +209,7 @@ options read_command_line(int count, const char* const* words) {
     if (app.got_subcommand("attributes")) return attributes;
     if (app.got_subcommand("presets")) return presets_options{};
     read_numbers(numbers, render);
+    check_files(render);
     return render;
 }
 

@@ -18,6 +18,7 @@
 #include "tools/player.h"
 #include "tools/progress.h"
 #include "tools/quiet_twin.h"
+#include "tools/rendering_json.h"
 #include "tools/seed.h"
 #include "tools/silence_meter.h"
 #include "tools/tail.h"
@@ -207,6 +208,8 @@ rendering render_file(const render_options& options, const tesk::class_info& of_
     done.rate = rate;
     done.peak = output.peak();
     done.tail = static_cast<double>(output.frames() - input.frames_read()) / rate;
+    done.settings = plan.settings;
+    done.seed = options.seed;
     done.silent_share = all.silence_out.share();
     if (done.silent_share > nearly_all) done.silence_reason = reason_for_silence(all, of_class);
     return done;
@@ -217,8 +220,16 @@ void render(const render_options& options) {
     remove_unfinished_on_signals();
     const tesk::class_info& of_class = load_object(
         options.object.empty() ? default_object() : std::filesystem::path(options.object));
-    const rendering done = render_file(options, of_class, warn_on_terminal);
-    if (!options.quiet) print_summary(done);
+    std::vector<std::string> warnings;
+    rendering done = render_file(options, of_class, [&warnings](const std::string& line) {
+        warn_on_terminal(line);
+        warnings.push_back(one_line(line));
+    });
+    done.warnings = warnings;
+    if (options.json)
+        std::cout << json_of(options.input, done) << std::endl;
+    else if (!options.quiet)
+        print_summary(done);
 }
 
 }  // namespace program

@@ -2,7 +2,9 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "tools/render_options.h"
 #include "tools/render_plan.h"
@@ -12,11 +14,14 @@ namespace program {
 struct rendering {
     std::string output;  // the file written
     std::int64_t frames = 0;
-    int rate = 0;                // Hz
-    double peak = 0;             // linear
-    double tail = 0;             // s after the end of the input
-    double wall_time = 0;        // s
-    double silent_share = 0;     // of the frames, 0 to 1
+    int rate = 0;                       // Hz
+    double peak = 0;                    // linear
+    double tail = 0;                    // s after the end of the input
+    double wall_time = 0;               // s
+    double silent_share = 0;            // of the frames, 0 to 1
+    std::vector<message> settings;      // before the start
+    std::optional<std::uint64_t> seed;  // as asked
+    std::vector<std::string> warnings;
     std::string silence_reason;  // "" when there is none to name
 };
 

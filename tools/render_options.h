@@ -16,6 +16,8 @@ struct render_options {
     std::vector<std::string> settings;  // NAME=VALUE
     std::vector<std::string> scores;    // files
     std::vector<std::string> events;    // SECONDS MESSAGE
+    std::string list;                   // file of INPUT, tab, OUTPUT lines; "" for none
+    std::string into;                   // folder for the output; "" for none
     std::string picture;                // .png or .svg; "" for none
     int vector_size = 64;               // frames
     std::optional<double> tail;         // s; unset: until the output is silent
@@ -26,6 +28,9 @@ struct render_options {
     bool partial = false;  // of a damaged input, keep what can be read
     bool force = false;    // replace existing files
     bool quiet = false;
+    bool json = false;           // one object a line in place of the summary
+    bool skip_existing = false;  // of a list, leave outputs that are there
+    int jobs = 1;                // worker processes for a list
 };
 
 }  // namespace program

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <iostream>
 #include <string>
 
 #include "tools/failure.h"
@@ -28,10 +29,14 @@ void check_characters(std::string_view line) {
 
 void for_each_line(const std::string& file, const std::function<void(std::string_view)>& take) {
     std::error_code unknown;
-    if (std::filesystem::is_directory(file, unknown))
+    const bool is_stream = file == "-";
+    const std::string shown = is_stream ? "standard input" : file;
+    if (!is_stream && std::filesystem::is_directory(file, unknown))
         throw failure(file + ": is a folder, expected a text file");
-    std::ifstream lines(file);
-    if (!lines) throw failure(file + ": can't be read: " + std::strerror(errno));
+    std::ifstream opened;
+    if (!is_stream) opened.open(file);
+    if (!is_stream && !opened) throw failure(file + ": can't be read: " + std::strerror(errno));
+    std::istream& lines = is_stream ? std::cin : opened;
     std::size_t number = 0;
     for (std::string read; std::getline(lines, read);) {
         std::string_view line = read;
@@ -43,10 +48,11 @@ void for_each_line(const std::string& file, const std::function<void(std::string
             check_characters(line);
             take(line);
         } catch (const bad_text& wrong) {
-            throw usage_error(file + ":" + std::to_string(number) + ": " + wrong.what());
+            throw usage_error(shown + ":" + std::to_string(number) + ": " + wrong.what());
         }
     }
-    if (lines.bad()) throw failure(file + ": reading stopped after line " + std::to_string(number));
+    if (lines.bad())
+        throw failure(shown + ": reading stopped after line " + std::to_string(number));
 }
 
 }  // namespace program
