@@ -6,6 +6,7 @@
 #include <filesystem>
 
 #include "tools/failure.h"
+#include "tools/output_format.h"
 #include "tools/text.h"
 #include "tools/value_text.h"
 
@@ -16,6 +17,7 @@ namespace {
 constexpr const char* version = "vesk " VESK_VERSION;
 constexpr int max_vector_size = 8192;  // frames
 constexpr int max_jobs = 256;
+constexpr int max_channel = 1024;
 constexpr double max_tail = 86400;  // s
 constexpr std::array subcommands{"render", "attributes", "presets"};
 
@@ -26,15 +28,16 @@ struct number_texts {
     std::string seed;
     std::string bpm;
     std::string jobs;
+    std::string channels;
 };
 
 void add_render(CLI::App& app, render_options& options, number_texts& numbers) {
     CLI::App& render = *app.add_subcommand("render", "Plays INPUT through the effect into OUTPUT");
     render
         .add_option("INPUT", options.input,
-                    "Sound file, 1 or 2 channels; - for standard input; with --into also a folder")
+                    "Sound file; - for standard input; with --into also a folder")
         ->type_name("");
-    render.add_option("OUTPUT", options.output, "File to write: .wav, .flac or .w64")
+    render.add_option("OUTPUT", options.output, "File to write: " + output_suffixes())
         ->type_name("");
     const auto repeatable = [&render](const char* name, std::vector<std::string>& into,
                                       const char* help) {
@@ -59,8 +62,12 @@ void add_render(CLI::App& app, render_options& options, number_texts& numbers) {
          "[auto]")
         ->type_name("SECONDS|auto");
     once("--bpm", numbers.bpm, "Tempo of note values, as delay=1/8.,1/4t")->type_name("BPM");
-    once("--subtype", options.subtype, "Sample type: float, 24 or 16 [float; 24 for FLAC]")
+    once("--subtype", options.subtype,
+         "Sample type: float, 24 or 16 [float; 24 for FLAC]; none for .ogg, .opus, .mp3")
         ->type_name("TYPE");
+    render.add_flag("!--no-dither", options.dither, "Without dither for samples of 16 bits");
+    once("--channels", numbers.channels, "Channels of INPUT to play, from 1 on [all of 1 or 2]")
+        ->type_name("A[,B]");
     once("--picture", options.picture, "Draw input, output and events into FILE, .png or .svg")
         ->type_name("FILE");
     once("--seed", numbers.seed, "Make what is random the same on every run")->type_name("N");
@@ -100,6 +107,13 @@ void read_numbers(const number_texts& texts, render_options& options) {
         if (!seed || *seed < 0)
             throw usage_error("--seed " + texts.seed + ": expected a whole number, 0 or above");
         options.seed = static_cast<std::uint64_t>(*seed);
+    }
+    for (const std::string& word : separated(texts.channels)) {
+        const auto channel = read_integer(word);
+        if (!channel || *channel < 1 || *channel > max_channel || options.channels.size() == 2)
+            throw usage_error("--channels " + texts.channels +
+                              ": expected one or two numbers of channels, from 1 on");
+        options.channels.push_back(static_cast<int>(*channel));
     }
     if (!texts.jobs.empty()) {
         const auto jobs = read_integer(texts.jobs);

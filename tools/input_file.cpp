@@ -2,12 +2,14 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstddef>
 #include <filesystem>
 #include <sstream>
 #include <string>
+#include <utility>
 
 #include "tools/failure.h"
 #include "tools/text.h"
@@ -50,8 +52,8 @@ bool log_reports_missing_data(SNDFILE* file) {
 
 }  // namespace
 
-input_file::input_file(const std::string& name)
-    : shown_name_(name == "-" ? "standard input" : name) {
+input_file::input_file(const std::string& name, std::vector<int> picked)
+    : shown_name_(name == "-" ? "standard input" : name), picked_(std::move(picked)) {
     std::error_code unknown;
     if (name != "-") {
         const std::filesystem::file_status status = std::filesystem::status(name, unknown);
@@ -70,9 +72,15 @@ input_file::input_file(const std::string& name)
                               : "is no sound file that can be read: ") +
                       sf_strerror(nullptr));
     }
-    if (info_.channels > max_channels)
+    if (info_.channels > max_channels && picked_.empty())
         throw failure(shown_name_ + ": " + std::to_string(info_.channels) +
-                      " channels, expected 1 or 2");
+                      " channels, expected 1 or 2, or --channels A,B to pick two");
+    for (const int channel : picked_)
+        if (channel > info_.channels)
+            throw failure(shown_name_ + ": has no channel " + std::to_string(channel) +
+                          ", expected --channels from 1 to " + std::to_string(info_.channels));
+    if (picked_.empty())
+        for (int channel = 1; channel <= info_.channels; ++channel) picked_.push_back(channel);
     if (info_.samplerate < min_rate || info_.samplerate > max_rate)
         throw failure(shown_name_ + ": " + std::to_string(info_.samplerate) +
                       " Hz, expected 8000 to 384000");
@@ -86,13 +94,25 @@ std::optional<std::int64_t> input_file::header_frames() const {
     return info_.frames;
 }
 
+std::int64_t input_file::read_picked(float* interleaved, std::int64_t frames) {
+    const auto all = static_cast<std::size_t>(info_.channels);
+    if (picked_.size() == all && std::is_sorted(picked_.begin(), picked_.end()))
+        return sf_readf_float(file_.get(), interleaved, frames);
+    all_channels_.resize(static_cast<std::size_t>(frames) * all);
+    const std::int64_t count = sf_readf_float(file_.get(), all_channels_.data(), frames);
+    for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i)
+        for (const int channel : picked_)
+            *interleaved++ = all_channels_[i * all + static_cast<std::size_t>(channel - 1)];
+    return count;
+}
+
 std::int64_t input_file::read(float* interleaved, std::int64_t frames) {
-    const std::int64_t count = sf_readf_float(file_.get(), interleaved, frames);
+    const std::int64_t count = read_picked(interleaved, frames);
     // The next read would clear the error, and a decoder can go on after a gap.
     if (first_error_.empty() && sf_error(file_.get()) != SF_ERR_NO_ERROR)
         first_error_ = "can't be decoded near frame " + std::to_string(frames_read_ + count) +
                        ": " + sf_strerror(file_.get());
-    for (std::int64_t i = 0; i < count * info_.channels; ++i)
+    for (std::int64_t i = 0; i < count * channels(); ++i)
         if (!std::isfinite(interleaved[i])) {
             interleaved[i] = 0;
             ++not_finite_;

@@ -165,7 +165,7 @@ void check_paths(const render_options& options) {
 rendering render_file(const render_options& options, const tesk::class_info& of_class,
                       const warning& warn) {
     const output_format format = output_format_of(options.output, options.subtype);
-    input_file input(options.input);
+    input_file input(options.input, options.channels);
     const int rate = input.rate();
     render_plan plan = plan_of(options, of_class, warn);
     plan.events.schedule(rate);
@@ -184,7 +184,8 @@ rendering render_file(const render_options& options, const tesk::class_info& of_
     const auto began = std::chrono::steady_clock::now();
     std::optional<std::int64_t> max_frames = input.header_frames();
     if (max_frames) *max_frames += std::llround(options.tail.value_or(tail::max_seconds) * rate);
-    output_file output(options.output, format, rate, options.force, max_frames);
+    output_file output(options.output, format, rate, options.force, max_frames, options.dither);
+    output.set(input.tags());
     player effect_player(*effect, plan.events, options.vector_size);
     rendition all{options,
                   input,

@@ -22,8 +22,10 @@ struct render_options {
     int vector_size = 64;               // frames
     std::optional<double> tail;         // s; unset: until the output is silent
     std::optional<double> bpm;          // quarter notes per minute, for note values
+    std::vector<int> channels;          // of the input, from 1 on; none: all
     std::string subtype;                // "" for the format's default
     std::optional<std::uint64_t> seed;
+    bool dither = true;    // for samples of 16 bits
     bool clamp = false;    // values out of range are clamped, with a warning, not refused
     bool partial = false;  // of a damaged input, keep what can be read
     bool force = false;    // replace existing files

@@ -16,6 +16,8 @@ TEST_F(SoundFile, IsWrittenInTheFormatOfItsSuffix) {
         {"o.wav", "", SF_FORMAT_WAV | SF_FORMAT_FLOAT},
         {"o.W64", "", SF_FORMAT_W64 | SF_FORMAT_FLOAT},
         {"o.wav", " --subtype 24", SF_FORMAT_WAV | SF_FORMAT_PCM_24},
+        {"o.aif", " --subtype 16 --no-dither", SF_FORMAT_AIFF | SF_FORMAT_PCM_16},
+        {"o.caf", "", SF_FORMAT_CAF | SF_FORMAT_FLOAT},
         {"o.flac", "", SF_FORMAT_FLAC | SF_FORMAT_PCM_24},
         {"o.flac", " --subtype 16", SF_FORMAT_FLAC | SF_FORMAT_PCM_16},
     };
@@ -37,6 +39,50 @@ TEST_F(SoundFile, IsWrittenInTheFormatOfItsSuffix) {
                   cut ? "render: 2 samples beyond full scale cut to it; " + hint + "\n" : "");
     }
     EXPECT_EQ(play("in.wav q.wav --quiet").out, "");
+}
+
+TEST_F(SoundFile, CanBeCompressedAndKeepsItsTags) {
+    sound tone{48000, 2, {}};
+    for (int i = 0; i < 48000; ++i)
+        tone.samples.push_back(0.5f * std::sin(static_cast<float>(i / 2) * 0.05f));
+    {
+        SndfileHandle file(folder / "in.flac", SFM_WRITE, SF_FORMAT_FLAC | SF_FORMAT_PCM_16, 2,
+                           48000);
+        file.setString(SF_STR_TITLE, "Kick");
+        file.setString(SF_STR_ARTIST, "Somebody");
+        file.write(tone.samples.data(), 48000);
+    }
+    for (const std::string name : {"o.ogg", "o.opus", "o.mp3", "o.wav", "o.aiff"}) {
+        SCOPED_TRACE(name);
+        const outcome ended = play("in.flac --tail 0 " + name);
+        ASSERT_EQ(ended.exit, 0) << ended.err;
+        SndfileHandle file(folder / name);
+        ASSERT_NE(file.getString(SF_STR_TITLE), nullptr);
+        EXPECT_STREQ(file.getString(SF_STR_TITLE), "Kick");
+        const std::vector<float> heard = read(name).samples;
+        EXPECT_NEAR(*std::max_element(heard.begin(), heard.end()), 0.5f, 0.05f);
+    }
+}
+
+// The mean of many roundings of a level between two steps is that level only with dither.
+TEST_F(SoundFile, OfSixteenBitsIsDithered) {
+    constexpr double level = 0.3;  // steps
+    sound quiet{8000, 2, std::vector<float>(80000, static_cast<float>(level / 32768))};
+    write("in.wav", quiet);
+    const auto mean_of = [this](const std::string& words) {
+        play("in.wav o.wav --force --tail 0 --subtype 16 " + words);
+        double sum = 0;
+        for (const float x : read("o.wav").samples) sum += double{x} * 32768;
+        return sum / 80000;
+    };
+    EXPECT_NEAR(mean_of(""), level, 0.02);
+    EXPECT_EQ(mean_of("--no-dither"), 0);
+}
+
+TEST_F(SoundFile, OfManyChannelsIsPickedFrom) {
+    write("in.wav", {8000, 3, {0.1f, 0.2f, 0.3f, 0.4f, 0.5f, 0.6f}});
+    EXPECT_EQ(hear("--tail 0 --channels 3,1").samples, (std::vector{0.3f, 0.1f, 0.6f, 0.4f}));
+    EXPECT_EQ(hear("--tail 0 --channels 2").samples, (std::vector{0.2f, 0.2f, 0.5f, 0.5f}));
 }
 
 TEST_F(SoundFile, OfOneChannelFeedsBothAtItsRateAndIsSilentWhereItIsNotFinite) {
