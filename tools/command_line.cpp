@@ -37,7 +37,9 @@ void add_render(CLI::App& app, render_options& options, number_texts& numbers) {
         .add_option("INPUT", options.input,
                     "Sound file; - for standard input; with --into also a folder")
         ->type_name("");
-    render.add_option("OUTPUT", options.output, "File to write: " + output_suffixes())
+    render
+        .add_option("OUTPUT", options.output,
+                    "File to write: " + output_suffixes() + "; - for standard output")
         ->type_name("");
     const auto repeatable = [&render](const char* name, std::vector<std::string>& into,
                                       const char* help) {
@@ -62,6 +64,8 @@ void add_render(CLI::App& app, render_options& options, number_texts& numbers) {
          "[auto]")
         ->type_name("SECONDS|auto");
     once("--bpm", numbers.bpm, "Tempo of note values, as delay=1/8.,1/4t")->type_name("BPM");
+    once("--format", options.format, "Of the standard output: wav, or raw for samples alone [wav]")
+        ->type_name("wav|raw");
     once("--subtype", options.subtype,
          "Sample type: float, 24 or 16 [float; 24 for FLAC]; none for .ogg, .opus, .mp3")
         ->type_name("TYPE");

@@ -5,6 +5,8 @@
 #include <utility>
 
 #include "tools/failure.h"
+#include "tools/output_stream.h"
+#include "tools/unfinished_file.h"
 
 namespace program {
 
@@ -12,8 +14,8 @@ namespace {
 
 constexpr int channels = 2;
 
-unfinished_file& bytes_of(void* user) {
-    return *static_cast<unfinished_file*>(user);
+byte_sink& bytes_of(void* user) {
+    return *static_cast<byte_sink*>(user);
 }
 
 // The library writes through these functions: with files of its own, sf_close doesn't report that
@@ -34,11 +36,19 @@ SF_VIRTUAL_IO file_calls() {
     return calls;
 }
 
+std::unique_ptr<byte_sink> sink_of(const std::string& path, const output_format& format, int rate,
+                                   bool replace) {
+    if (path != "-") return std::make_unique<unfinished_file>(path, replace);
+    auto stream = std::make_unique<output_stream>();
+    if (format.has_wav_header) stream->write_wav_header(rate, channels, format.bits);
+    return stream;
+}
+
 }  // namespace
 
 output_file::output_file(const std::string& path, const output_format& format, int rate,
                          bool replace, std::optional<std::int64_t> max_frames, bool dithered)
-    : path_(path), format_(format), bytes_(path, replace) {
+    : path_(path), format_(format), bytes_(sink_of(path, format, rate, replace)) {
     if (format.bits > 0) integers_.emplace(format.bits, dithered && format.bits == 16);
     SF_VIRTUAL_IO calls = file_calls();
     SF_INFO info{};
@@ -49,7 +59,7 @@ output_file::output_file(const std::string& path, const output_format& format, i
     const bool may_be_large =
         is_wav && (!max_frames || *max_frames > max_bytes / format.frame_bytes);
     info.format = may_be_large ? SF_FORMAT_RF64 | (format.code & SF_FORMAT_SUBMASK) : format.code;
-    file_ = sf_open_virtual(&calls, SFM_WRITE, &info, &bytes_);
+    file_ = sf_open_virtual(&calls, SFM_WRITE, &info, bytes_.get());
     if (file_ == nullptr) fail();
     // Of an unknown length only one above 4 GiB stays RF64.
     if (may_be_large && !max_frames) sf_command(file_, SFC_RF64_AUTO_DOWNGRADE, nullptr, SF_TRUE);
@@ -62,9 +72,9 @@ output_file::~output_file() {
 }
 
 void output_file::fail() const {
-    if (bytes_.error() == 0)
+    if (bytes_->error() == 0)
         throw failure(path_ + ": refused by the sound file library: " + sf_strerror(file_));
-    bytes_.fail(bytes_.error());
+    throw failure(bytes_->text_of(bytes_->error()));
 }
 
 void output_file::measure_levels(const float* interleaved, std::int64_t samples) {
@@ -84,7 +94,7 @@ void output_file::write(const float* interleaved, std::int64_t frames) {
     const std::int64_t written =
         integers_ ? sf_writef_int(file_, integers_->quantise(interleaved, samples), frames)
                   : sf_writef_float(file_, interleaved, frames);
-    if (written != frames || bytes_.error() != 0) fail();
+    if (written != frames || bytes_->error() != 0) fail();
     frames_ += frames;
 }
 
@@ -97,7 +107,7 @@ void output_file::finish_as(const std::string& path) {
         throw failure(path_ +
                       ": a file of this format without a frame can't be read, expected a --tail");
     if (sf_close(std::exchange(file_, nullptr)) != 0) fail();
-    path == path_ ? bytes_.finish() : bytes_.finish_as(path);
+    bytes_->finish_as(path);
 }
 
 }  // namespace program

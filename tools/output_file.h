@@ -4,20 +4,22 @@
 #include <sndfile.h>
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 
+#include "tools/byte_sink.h"
 #include "tools/output_format.h"
 #include "tools/quantiser.h"
 #include "tools/sound_tags.h"
-#include "tools/unfinished_file.h"
 
 namespace program {
 
 class output_file {
 public:
-    // max_frames: an upper bound of the length, if known. A WAV file that may grow above 4 GiB
-    // becomes RF64, the same with lengths of 64 bits, if it does. dithered: if of 16 bits.
+    // path: "-" is the standard output. max_frames: an upper bound of the length, if known. A WAV
+    // file that may grow above 4 GiB becomes RF64, the same with lengths of 64 bits, if it does.
+    // dithered: if of 16 bits.
     output_file(const std::string& path, const output_format& format, int rate, bool replace,
                 std::optional<std::int64_t> max_frames, bool dithered = true);
     ~output_file();
@@ -40,7 +42,7 @@ private:
 
     std::string path_;
     output_format format_;
-    unfinished_file bytes_;
+    std::unique_ptr<byte_sink> bytes_;
     SNDFILE* file_ = nullptr;
     std::int64_t frames_ = 0;
     std::int64_t clipped_ = 0;

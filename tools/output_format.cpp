@@ -83,4 +83,13 @@ output_format output_format_of(const std::string& path, const std::string& subty
             is_integer ? 8 * samples->bytes : 0, file->has_float, file->can_be_empty};
 }
 
+output_format stream_format_of(const std::string& name, const std::string& subtype) {
+    if (name != "wav" && name != "raw")
+        throw usage_error("--format " + name + ": expected wav or raw");
+    output_format format = output_format_of("stream.wav", subtype);
+    format.code = SF_FORMAT_RAW | SF_ENDIAN_LITTLE | (format.code & SF_FORMAT_SUBMASK);
+    format.has_wav_header = name == "wav";
+    return format;
+}
+
 }  // namespace program

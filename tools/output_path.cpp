@@ -14,6 +14,7 @@ namespace program {
 namespace fs = std::filesystem;
 
 void check_output_path(const std::string& path, const std::string& input, bool replace) {
+    if (path == "-") return;
     std::error_code failed;
     const fs::path parent = fs::path(path).parent_path();
     if (access(parent.empty() ? "." : parent.c_str(), W_OK | X_OK) != 0)
@@ -29,6 +30,7 @@ void check_output_path(const std::string& path, const std::string& input, bool r
 }
 
 std::string partial_path(const std::string& path) {
+    if (path == "-") return path;
     const fs::path whole(path);
     return (whole.parent_path() / (whole.stem().string() + ".partial" + whole.extension().string()))
         .string();

@@ -23,6 +23,7 @@
 #include "tools/silence_meter.h"
 #include "tools/tail.h"
 #include "tools/text.h"
+#include "tools/unfinished_file.h"
 
 namespace program {
 
@@ -136,6 +137,11 @@ std::string reason_for_silence(rendition& r, const tesk::class_info& of_class) {
     return "";
 }
 
+// Not into the sound when that goes to the standard output.
+std::ostream& report_stream(const rendering& done) {
+    return done.output == "-" ? std::cerr : std::cout;
+}
+
 void print_summary(const rendering& done) {
     const double length = static_cast<double>(done.frames) / done.rate;
     std::string line = done.output + ": " + fixed_text(length, 3) + " s, " +
@@ -144,7 +150,7 @@ void print_summary(const rendering& done) {
     if (done.silent_share > nearly_all)
         line += ", " + fixed_text(100 * done.silent_share, 1) + " % silent" +
                 (done.silence_reason.empty() ? "" : ": " + done.silence_reason);
-    std::cout << one_line(line) << std::endl;
+    report_stream(done) << one_line(line) << std::endl;
 }
 
 }  // namespace
@@ -164,7 +170,9 @@ void check_paths(const render_options& options) {
 
 rendering render_file(const render_options& options, const tesk::class_info& of_class,
                       const warning& warn) {
-    const output_format format = output_format_of(options.output, options.subtype);
+    const output_format format = options.output == "-"
+                                     ? stream_format_of(options.format, options.subtype)
+                                     : output_format_of(options.output, options.subtype);
     input_file input(options.input, options.channels);
     const int rate = input.rate();
     render_plan plan = plan_of(options, of_class, warn);
@@ -228,7 +236,7 @@ void render(const render_options& options) {
     });
     done.warnings = warnings;
     if (options.json)
-        std::cout << json_of(options.input, done) << std::endl;
+        report_stream(done) << json_of(options.input, done) << std::endl;
     else if (!options.quiet)
         print_summary(done);
 }

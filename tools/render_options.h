@@ -9,8 +9,9 @@
 namespace program {
 
 struct render_options {
-    std::string input;  // "-" is the standard input
-    std::string output;
+    std::string input;                  // "-" is the standard input
+    std::string output;                 // "-" is the standard output
+    std::string format = "wav";         // of the standard output: "wav" or "raw"
     std::string object;                 // file; "" for the one of the package
     std::string preset;                 // name or file; "" for none
     std::vector<std::string> settings;  // NAME=VALUE

@@ -92,7 +92,11 @@ unfinished_file::~unfinished_file() {
 }
 
 void unfinished_file::fail(int error) const {
-    throw failure(path_ + ": can't be written: " + std::strerror(error));
+    throw failure(text_of(error));
+}
+
+std::string unfinished_file::text_of(int error) const {
+    return path_ + ": can't be written: " + std::strerror(error);
 }
 
 std::int64_t unfinished_file::write(const void* bytes, std::int64_t count) noexcept {
@@ -126,7 +130,7 @@ void unfinished_file::finish() {
 }
 
 void unfinished_file::finish_as(const std::string& path) {
-    path_ = path;
+    path_ = replace_ ? linked_path(path) : path;
     if (error_ != 0) fail(error_);
     if (close(std::exchange(file_, -1)) != 0)
         fail(errno);  // where network file systems report a full disk

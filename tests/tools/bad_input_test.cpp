@@ -50,6 +50,7 @@ TEST_F(BadInput, EndsWithOneLineAndLeavesNothing) {
         {"in.wav o.ogg --subtype 16", "o.ogg: Vorbis has no sample type, expected no --subtype"},
         {"--channels 1,2,3",
          "--channels 1,2,3: expected one or two numbers of channels, from 1 on"},
+        {"in.wav - --format mp3", "--format mp3: expected wav or raw"},
         {"--jobs 2", "--jobs: is for --list and --into"},
         {"in.wav o.flac --subtype float",
          "o.flac: FLAC has no floats, expected --subtype 24 or 16"},

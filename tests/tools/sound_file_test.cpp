@@ -166,3 +166,24 @@ TEST_F(SoundFile, ComesThroughAPipeWhereTheFormatAllowsIt) {
                               "which WAV and AU allow and FLAC does not: "))
         << ended.err;
 }
+
+TEST_F(SoundFile, GoesThroughPipes) {
+    write("in.wav", {8000, 2, {0.5f, -0.25f, 0.75f, 0.125f}});
+    for (const char* subtype : {"float", "24", "16 --no-dither"}) {
+        SCOPED_TRACE(subtype);
+        const outcome ended = vesk(
+            "render --object objects/plain~.tkx64 in.wav - --tail 0 "
+            "--set gain=0.5 --subtype " +
+            std::string(subtype) +
+            " | '" VESK_PROGRAM
+            "' render --object objects/plain~.tkx64 - o.wav --tail 0 "
+            "--force --quiet --set gain=2");
+        EXPECT_EQ(ended.exit, 0);
+        EXPECT_EQ(read("o.wav").samples, (std::vector{0.5f, -0.25f, 0.75f, 0.125f}));
+    }
+    const outcome raw = play("in.wav - --tail 0 --format raw --quiet");
+    const float expected[] = {0.5f, -0.25f, 0.75f, 0.125f};
+    EXPECT_EQ(raw.out, std::string(reinterpret_cast<const char*>(expected), sizeof expected));
+    EXPECT_EQ(raw.err, "");
+    EXPECT_EQ(play("in.wav - >/dev/full; exit $?; :").exit, 1);
+}
