@@ -31,13 +31,14 @@ void output_stream::write_wav_header(int rate, int channels, int bits) {
     std::string header = "RIFF";
     append(header, unknown_length, 4);
     header += "WAVEfmt ";
-    append(header, 16, 4);  // bytes of the chunk
+    append(header, bits > 0 ? 16 : 18, 4);  // bytes of the chunk
     append(header, bits > 0 ? integers : floats, 2);
     append(header, lanes, 2);
     append(header, frames_per_second, 4);
     append(header, frames_per_second * lanes * bytes, 4);
     append(header, lanes * bytes, 2);
     append(header, 8 * bytes, 2);
+    if (bits == 0) append(header, 0, 2);  // bytes of an extension, which floats must name
     header += "data";
     append(header, unknown_length, 4);
     write(header.data(), static_cast<std::int64_t>(header.size()));
