@@ -3,9 +3,12 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
+#include <filesystem>
 
 #include "tools/failure.h"
+#include "tools/output_format.h"
 #include "tools/text.h"
+#include "tools/value_text.h"
 
 namespace program {
 
@@ -13,7 +16,9 @@ namespace {
 
 constexpr const char* version = "vesk " VESK_VERSION;
 constexpr int max_vector_size = 8192;  // frames
-constexpr double max_tail = 86400;     // s
+constexpr int max_jobs = 256;
+constexpr int max_channel = 1024;
+constexpr double max_tail = 86400;  // s
 constexpr std::array subcommands{"render", "attributes", "presets"};
 
 // Numbers as text: the library would convert them by the locale.
@@ -21,15 +26,20 @@ struct number_texts {
     std::string vector_size;
     std::string tail;
     std::string seed;
+    std::string bpm;
+    std::string jobs;
+    std::string channels;
 };
 
 void add_render(CLI::App& app, render_options& options, number_texts& numbers) {
     CLI::App& render = *app.add_subcommand("render", "Plays INPUT through the effect into OUTPUT");
-    render.add_option("INPUT", options.input, "Sound file, 1 or 2 channels; - for standard input")
-        ->required()
+    render
+        .add_option("INPUT", options.input,
+                    "Sound file; - for standard input; with --into also a folder")
         ->type_name("");
-    render.add_option("OUTPUT", options.output, "File to write: .wav, .flac or .w64")
-        ->required()
+    render
+        .add_option("OUTPUT", options.output,
+                    "File to write: " + output_suffixes() + "; - for standard output")
         ->type_name("");
     const auto repeatable = [&render](const char* name, std::vector<std::string>& into,
                                       const char* help) {
@@ -43,8 +53,8 @@ void add_render(CLI::App& app, render_options& options, number_texts& numbers) {
         return render.add_option(name, into, help)
             ->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
     };
-    once("--score", options.score,
-         "Read messages from FILE, SECONDS MESSAGE a line; # starts a comment")
+    repeatable("--score", options.scores,
+               "Read messages from FILE, SECONDS MESSAGE a line; repeatable")
         ->type_name("FILE");
     once("--preset", options.preset, "Begin with these settings; --set overrides them")
         ->type_name("NAME|FILE");
@@ -53,12 +63,32 @@ void add_render(CLI::App& app, render_options& options, number_texts& numbers) {
          "Play on after INPUT for SECONDS, or until a second is under -80 dBFS, 60 s at most "
          "[auto]")
         ->type_name("SECONDS|auto");
-    once("--subtype", options.subtype, "Sample type: float, 24 or 16 [float; 24 for FLAC]")
+    once("--bpm", numbers.bpm, "Tempo of note values, as delay=1/8.,1/4t")->type_name("BPM");
+    once("--format", options.format, "Of the standard output: wav, or raw for samples alone [wav]")
+        ->type_name("wav|raw");
+    once("--subtype", options.subtype,
+         "Sample type: float, 24 or 16 [float; 24 for FLAC]; none for .ogg, .opus, .mp3")
         ->type_name("TYPE");
+    render.add_flag("!--no-dither", options.dither, "Without dither for samples of 16 bits");
+    once("--channels", numbers.channels, "Channels of INPUT to play, from 1 on [all of 1 or 2]")
+        ->type_name("A[,B]");
     once("--picture", options.picture, "Draw input, output and events into FILE, .png or .svg")
         ->type_name("FILE");
     once("--seed", numbers.seed, "Make what is random the same on every run")->type_name("N");
     once("--object", options.object, "Play through this object file")->type_name("PATH");
+    once("--list", options.list, "Render every line INPUT, tab, OUTPUT [, tab, SETTINGS] of FILE")
+        ->type_name("FILE|-");
+    once("--into", options.into, "Write every sound file of INPUT into DIR, under its name")
+        ->type_name("DIR");
+    once("--jobs", numbers.jobs, "Files of a list or folder rendered at a time, 1 to 256 [1]")
+        ->type_name("N");
+    render.add_flag("--skip-existing", options.skip_existing,
+                    "Of a list or folder, leave outputs that are there");
+    render.add_flag("--json", options.json, "Print one JSON object for each file");
+    render.add_flag("--clamp", options.clamp,
+                    "Clamp values out of range, with a warning, instead of refusing them");
+    render.add_flag("--partial", options.partial,
+                    "Of a damaged INPUT keep what can be read, as NAME.partial.wav");
     render.add_flag("--force", options.force, "Replace OUTPUT and picture if they are there");
     render.add_flag("--quiet", options.quiet, "No progress and no summary");
 }
@@ -82,6 +112,61 @@ void read_numbers(const number_texts& texts, render_options& options) {
             throw usage_error("--seed " + texts.seed + ": expected a whole number, 0 or above");
         options.seed = static_cast<std::uint64_t>(*seed);
     }
+    for (const std::string& word : separated(texts.channels)) {
+        const auto channel = read_integer(word);
+        if (!channel || *channel < 1 || *channel > max_channel || options.channels.size() == 2)
+            throw usage_error("--channels " + texts.channels +
+                              ": expected one or two numbers of channels, from 1 on");
+        options.channels.push_back(static_cast<int>(*channel));
+    }
+    if (!texts.jobs.empty()) {
+        const auto jobs = read_integer(texts.jobs);
+        if (!jobs || *jobs < 1 || *jobs > max_jobs)
+            throw usage_error("--jobs " + texts.jobs + ": expected a whole number, 1 to 256");
+        options.jobs = static_cast<int>(*jobs);
+    }
+    if (!texts.bpm.empty()) try {
+            options.bpm = read_bpm(texts.bpm);
+        } catch (const bad_text& wrong) {
+            throw usage_error(std::string("--bpm: ") + wrong.what());
+        }
+}
+
+// One file, a list, or a folder.
+void check_files(const render_options& options) {
+    const bool many = !options.list.empty() || !options.into.empty();
+    if (!options.list.empty() && !(options.input.empty() && options.into.empty()))
+        throw usage_error("--list " + options.list + ": names all files, expected no other");
+    if (!options.into.empty() && !options.output.empty())
+        throw usage_error("--into " + options.into + ": expected INPUT alone, without OUTPUT");
+    if (options.list.empty() && options.input.empty()) throw usage_error("INPUT is required");
+    if (!many && options.output.empty()) throw usage_error("OUTPUT is required");
+    if (!many && options.skip_existing)
+        throw usage_error("--skip-existing: is for --list and --into");
+    if (!many && options.jobs > 1) throw usage_error("--jobs: is for --list and --into");
+}
+
+std::string list_of_commands() {
+    std::string list;
+    for (const char* name : subcommands) list += (list.empty() ? "" : ", ") + std::string(name);
+    return list;
+}
+
+// The first word that no option and no place takes.
+[[noreturn]] void refuse(const std::string& word, const CLI::App& app) {
+    if (word.size() < 2 || word[0] != '-')
+        throw usage_error(word + ": one file too many, expected INPUT and OUTPUT alone");
+    if (std::filesystem::path(word).has_extension() || std::filesystem::exists(word))
+        throw usage_error(word + ": is no option; a file of that name goes after --, as in vesk " +
+                          app.get_name() + " -- " + word);
+    std::vector<std::string> names;
+    for (const CLI::Option* option : app.get_options())
+        for (const std::string& name : option->get_lnames()) names.push_back("--" + name);
+    const std::string name = word.substr(0, word.find('='));
+    const std::string nearest = near_name(name, names);
+    throw usage_error(name + ": no such option, " +
+                      (nearest.empty() ? "vesk " + app.get_name() + " --help lists them"
+                                       : "the nearest is " + nearest));
 }
 
 }  // namespace
@@ -106,19 +191,43 @@ options read_command_line(int count, const char* const* words) {
     list.add_option("--object", attributes.object, "List those of this object file")
         ->type_name("PATH");
     app.add_subcommand("presets", "Prints name and title of every preset");
+    for (CLI::App* subcommand : app.get_subcommands({})) subcommand->allow_extras();
+    const std::vector<std::string> given(words + std::min(count, 1), words + count);
+    if (given.empty())
+        throw usage_error("no command, expected one of " + list_of_commands() +
+                          "; vesk help shows more");
+    if (given[0] == "help") {
+        if (given.size() == 1) return text_options{app.help()};
+        for (const CLI::App* subcommand : app.get_subcommands({}))
+            if (subcommand->get_name() == given[1]) return text_options{subcommand->help("vesk")};
+    }
+    const std::string command = given[0] == "help" ? given[1] : given[0];
+    if (command[0] != '-' &&
+        std::find(subcommands.begin(), subcommands.end(), command) == subcommands.end()) {
+        throw usage_error(command + ": no such command, expected one of " + list_of_commands() +
+                          "; vesk help shows more");
+    }
+    const auto refuse_rest = [&app] {
+        for (const CLI::App* subcommand : app.get_subcommands())
+            for (const std::string& word : subcommand->remaining())
+                if (word != "--") refuse(word, *subcommand);
+    };
     try {
         app.parse(count, words);
+        refuse_rest();
     } catch (const CLI::CallForVersion& version_text) {
         return text_options{std::string(version_text.what()) + "\n"};
     } catch (const CLI::CallForHelp&) {
         const std::vector<CLI::App*> subcommand = app.get_subcommands();
         return text_options{subcommand.empty() ? app.help() : subcommand.front()->help("vesk")};
     } catch (const CLI::ParseError& wrong) {
+        refuse_rest();  // names the cause of what is missing
         throw usage_error(wrong.what());
     }
     if (app.got_subcommand("attributes")) return attributes;
     if (app.got_subcommand("presets")) return presets_options{};
     read_numbers(numbers, render);
+    check_files(render);
     return render;
 }
 

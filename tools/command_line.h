@@ -4,7 +4,7 @@
 #include <string>
 #include <variant>
 
-#include "tools/render.h"
+#include "tools/render_options.h"
 
 namespace program {
 

@@ -7,6 +7,7 @@
 #include <stdexcept>
 
 #include "tools/failure.h"
+#include "tools/seed.h"
 
 namespace program {
 
@@ -45,8 +46,12 @@ const tesk::class_info& load_object(const std::filesystem::path& object) {
     }
 }
 
-std::unique_ptr<tesk::instance> make_effect(const std::string& class_name,
-                                            const std::vector<message>& settings) {
+std::unique_ptr<tesk::instance> make_effect(const tesk::class_info& of_class,
+                                            const std::vector<message>& settings, int rate,
+                                            int vector_size, std::optional<std::uint64_t> seed) {
+    const std::string& class_name = of_class.name;
+    tesk::host::the().set_defaults(rate, vector_size);
+    if (seed) seed_random_device(*seed);
     std::unique_ptr<tesk::instance> made;
     try {
         const output_to_errors redirected;
@@ -57,6 +62,8 @@ std::unique_ptr<tesk::instance> make_effect(const std::string& class_name,
     if (made->inlets() != 2 || made->outlets() != 2)
         throw failure(class_name + ": " + std::to_string(made->inlets()) + " inlets and " +
                       std::to_string(made->outlets()) + " outlets, expected 2 and 2");
+    if (!made->prepare(rate, vector_size))
+        throw failure(class_name + ": gives no signal routine at " + std::to_string(rate) + " Hz");
     return made;
 }
 

@@ -9,6 +9,8 @@
 #include "tools/failure.h"
 #include "tools/package.h"
 #include "tools/presets.h"
+#include "tools/render.h"
+#include "tools/render_many.h"
 #include "tools/text.h"
 
 namespace program {
@@ -16,7 +18,7 @@ namespace program {
 namespace {
 
 void run(const render_options& options) {
-    render(options);
+    options.list.empty() && options.into.empty() ? render(options) : render_many(options);
 }
 
 void run(const attributes_options& options) {

@@ -1,11 +1,13 @@
 #include "tools/message_text.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <stdexcept>
 #include <utility>
 
+#include "tools/class_attributes.h"
 #include "tools/failure.h"
 #include "tools/text.h"
 
@@ -24,53 +26,47 @@ bool has_message(const tesk::class_info& of_class, std::string_view name) {
                        [name](const auto& m) { return m.name == name && is_public(m); });
 }
 
-std::vector<std::string> attribute_names(const tesk::class_info& of_class) {
-    std::vector<std::string> names;
-    for (const tesk::attribute_info& attribute : of_class.attributes)
-        names.push_back(attribute.name);
-    return names;
+bool takes_arguments(std::string_view message) {
+    constexpr std::array without{"bang", "clear", "reset"};
+    return std::find(without.begin(), without.end(), message) == without.end();
 }
 
-tesk_atom element_of(const tesk::attribute_info& attribute, const std::string& word) {
-    if (attribute.type == "float64") return tesk::atom_of(number_of(word));
-    if (attribute.type == "long") return tesk::atom_of(whole_number_of(word));
-    return tesk::atom_of(word);
-}
-
-tesk::atom_list read_values(const tesk::attribute_info& attribute, std::string_view text) {
-    text = trimmed(text);
-    if (text.empty()) throw bad_text("has no value");
-    const std::string style = attribute.property("style");
-    if (style == "onoff") return {tesk::atom_of(std::int64_t{toggle_of(text)})};
-    if (style == "enumindex") return {tesk::atom_of(choice_of(text, attribute.value_names()))};
+tesk::atom_list read_atoms(const tesk::attribute_info& attribute, std::string_view text,
+                           const value_rules& rules) {
+    const value_attribute settable = value_attribute_of(attribute);
+    if (settable.kind != value_kind::unsupported)
+        return atoms_of(read_values(settable, text, rules), settable.kind);
     const std::vector<std::string> words = separated(text);
-    check_value_count(words.size(), static_cast<std::size_t>(attribute.most));
-    tesk::atom_list values;
-    for (const std::string& word : words) values.push_back(element_of(attribute, word));
-    return values;
+    if (words.empty()) throw bad_text("has no value");
+    tesk::atom_list names;
+    for (const std::string& word : words) names.push_back(tesk::atom_of(word));
+    return names;
 }
 
 }  // namespace
 
 message read_setting(const tesk::class_info& of_class, std::string_view attribute,
-                     std::string_view values) {
+                     std::string_view values, const value_rules& rules) {
     const std::string name(attribute);
     const tesk::attribute_info* const found = of_class.attribute(name);
-    if (found == nullptr) throw unknown_attribute(name, attribute_names(of_class));
+    if (found == nullptr)
+        throw bad_text(
+            unknown_name("attribute", name, attribute_names(of_class), "vesk attributes"));
     try {
-        return {name, read_values(*found, values)};
+        return {name, read_atoms(*found, values, rules)};
     } catch (const bad_text& wrong) {
         throw bad_text(name + ": " + wrong.what());
     }
 }
 
-message read_message(const tesk::class_info& of_class, std::string_view text) {
+message read_message(const tesk::class_info& of_class, std::string_view text,
+                     const value_rules& rules) {
     text = trimmed(text);
     if (text.empty()) throw bad_text("no message");
     const std::size_t end = std::min(text.find_first_of(" \t"), text.size());
     const std::string selector(text.substr(0, end));
     if (!has_message(of_class, selector) && of_class.attribute(selector) != nullptr)
-        return read_setting(of_class, selector, text.substr(end));
+        return read_setting(of_class, selector, text.substr(end), rules);
 
     tesk::atom_list values;
     try {
@@ -85,13 +81,14 @@ message read_message(const tesk::class_info& of_class, std::string_view text) {
     }
     if (has_message(of_class, selector) || has_message(of_class, "anything")) {
         values.erase(values.begin());
+        if (!values.empty() && !takes_arguments(selector))
+            throw bad_text(selector + " takes no arguments, expected it alone");
         return {selector, values};
     }
     std::vector<std::string> names = attribute_names(of_class);
     for (const tesk::method_info& method : of_class.methods)
         if (is_public(method)) names.push_back(method.name);
-    throw bad_text("no message or attribute named " + in_quotes(selector) + ", the nearest is " +
-                   nearest_name(selector, names));
+    throw bad_text(unknown_name("message or attribute", selector, names, "vesk attributes"));
 }
 
 void add_setting(std::vector<message>& settings, message added) {

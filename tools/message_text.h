@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "host/host.h"
+#include "tools/value_text.h"
 
 namespace program {
 
@@ -18,11 +19,12 @@ struct message {
 
 // Names of choices become indices, on and off 1 and 0. Throws bad_text.
 message read_setting(const tesk::class_info& of_class, std::string_view attribute,
-                     std::string_view values);
+                     std::string_view values, const value_rules& rules = {});
 
 // Reads `feedback 0.9` or `delay 0.25, 0.375` like read_setting and other messages like the host.
-// Private messages are errors. Throws bad_text.
-message read_message(const tesk::class_info& of_class, std::string_view text);
+// Private messages are errors, so are arguments of messages that take none. Throws bad_text.
+message read_message(const tesk::class_info& of_class, std::string_view text,
+                     const value_rules& rules = {});
 
 // Replaces an earlier setting of the same attribute, so that the box names each at most once.
 void add_setting(std::vector<message>& settings, message added);

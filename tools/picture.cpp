@@ -162,7 +162,7 @@ float peak_columns::peak() const {
 }
 
 picture::picture(std::string file) : file_(std::move(file)) {
-    const std::string suffix = std::filesystem::path(file_).extension().string();
+    const std::string suffix = lower_case(std::filesystem::path(file_).extension().string());
     is_svg_ = suffix == ".svg";
     if (!is_svg_ && suffix != ".png")
         throw usage_error("--picture " + file_ + ": expected suffix .png or .svg");

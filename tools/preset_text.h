@@ -5,24 +5,13 @@
 #pragma once
 
 #include <cstddef>
-#include <limits>
 #include <span>
 #include <string>
 #include <vector>
 
+#include "tools/value_text.h"
+
 namespace program {
-
-enum class value_kind { number, whole_number, toggle, choice, unsupported };
-
-// An attribute that a preset may set.
-struct preset_attribute {
-    std::string name{};
-    value_kind kind = value_kind::number;
-    double low = -std::numeric_limits<double>::infinity();  // limits of a number, or of each
-    double high = std::numeric_limits<double>::infinity();  // element of a list
-    std::size_t max_values = 1;                             // above 1 for a list
-    std::vector<std::string> value_names{};                 // of a choice
-};
 
 struct preset_setting {
     std::size_t attribute;       // index
@@ -39,11 +28,13 @@ struct preset_text {
     std::vector<preset_setting> settings;  // each attribute at most once, in the file's order
 };
 
-// Throws failure that names file and line: no title, an unknown attribute, one set twice, a value
-// that is missing, malformed or out of range, text that is not UTF-8, control characters.
-preset_text read_preset_text(const std::string& file, std::span<const preset_attribute> attributes);
+// Throws usage_error that names file and line: no title, an unknown attribute, one set twice, a
+// value that is missing, malformed or out of range, text that is not UTF-8, control characters.
+// Throws failure when the file can't be read.
+preset_text read_preset_text(const std::string& file, std::span<const value_attribute> attributes,
+                             const value_rules& rules = {});
 
-// The first line alone. Throws failure.
+// The first line alone. Throws as read_preset_text.
 preset_title read_preset_title(const std::string& file);
 
 }  // namespace program

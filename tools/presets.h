@@ -19,7 +19,8 @@ std::vector<listed_preset> list_presets();  // those of the package, by name; th
 
 // By name, or a file when it has a slash or ends in .txt. Lists come first, as in the plugin: with
 // repitch on, the tape head then starts on the delay time and doesn't glide to it.
-// Throws usage_error for an unknown name, failure for a file that can't be read or is malformed.
-std::vector<message> read_preset(const tesk::class_info& of_class, const std::string& name_or_file);
+// Throws usage_error for an unknown name or malformed text, failure for a file that can't be read.
+std::vector<message> read_preset(const tesk::class_info& of_class, const std::string& name_or_file,
+                                 const value_rules& rules);
 
 }  // namespace program

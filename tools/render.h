@@ -2,30 +2,37 @@
 #pragma once
 
 #include <cstdint>
-#include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "tools/render_options.h"
+#include "tools/render_plan.h"
+
 namespace program {
 
-struct render_options {
-    std::string input;  // "-" is the standard input
-    std::string output;
-    std::string object;                 // file; "" for the one of the package
-    std::string preset;                 // name or file; "" for none
-    std::vector<std::string> settings;  // NAME=VALUE
-    std::string score;                  // file; "" for none
-    std::vector<std::string> events;    // SECONDS MESSAGE
-    std::string picture;                // .png or .svg; "" for none
-    int vector_size = 64;               // frames
-    std::optional<double> tail;         // s; unset: until the output is silent
-    std::string subtype;                // "" for the format's default
-    std::optional<std::uint64_t> seed;
-    bool force = false;  // replace existing files
-    bool quiet = false;
+struct rendering {
+    std::string output;  // the file written
+    std::int64_t frames = 0;
+    int rate = 0;                       // Hz
+    double peak = 0;                    // linear
+    double tail = 0;                    // s after the end of the input
+    double wall_time = 0;               // s
+    double silent_share = 0;            // of the frames, 0 to 1
+    std::vector<message> settings;      // before the start
+    std::optional<std::uint64_t> seed;  // as asked
+    std::vector<std::string> warnings;
+    std::string silence_reason;  // "" when there is none to name
 };
 
-void render(const render_options& options);  // throws usage_error and failure
+// Checks of the command line that need no object. Throws usage_error and failure.
+void check_paths(const render_options& options);
+
+// warn gets a line for whatever the output is not as asked. Throws usage_error and failure.
+rendering render_file(const render_options& options, const tesk::class_info& of_class,
+                      const warning& warn);
+
+// One file, with warnings on the error stream and a line of summary. Throws as render_file.
+void render(const render_options& options);
 
 }  // namespace program

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -20,12 +21,15 @@ struct event {
 
 class score {
 public:
-    explicit score(const tesk::class_info& of_class) : of_class_(of_class) {}
+    // rules: of the values in the messages. Their tempo is that of files without one of their own.
+    explicit score(const tesk::class_info& of_class, value_rules rules = {});
 
     // Adds `SECONDS MESSAGE`. Throws bad_text.
-    void add(std::string_view line);
+    void add(std::string_view line) { add(line, rules_); }
+    void add(std::string_view line, const value_rules& rules);
 
-    // Adds one event per line; `#` starts a comment. Throws failure with file and line.
+    // Adds one event per line; `#` starts a comment. A line `bpm 120` sets the tempo of the lines
+    // after it. Throws usage_error with file and line, failure when the file can't be read.
     void add_file(const std::string& file);
 
     // Sets the frames for this rate and sorts; events of equal frames keep the order in which they
@@ -36,11 +40,17 @@ public:
     // none. Boundaries must not decrease.
     const message* due(std::int64_t boundary);
 
+    score without(const std::string& selector) const;  // the others, from the start
+
     const std::vector<event>& events() const { return events_; }
     std::size_t done() const { return next_; }  // events taken
 
+    // The given tempo, or without one the first that a file has set.
+    const std::optional<double>& bpm() const { return rules_.bpm; }
+
 private:
     const tesk::class_info& of_class_;
+    value_rules rules_;
     std::vector<event> events_;
     std::size_t next_ = 0;
 };

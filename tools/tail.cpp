@@ -4,17 +4,10 @@
 
 namespace program {
 
-namespace {
-
-constexpr double max_tail = 60;   // s
-constexpr double silent_end = 1;  // s
-
-}  // namespace
-
-tail::tail(std::optional<double> seconds, int rate)
+tail::tail(std::optional<double> seconds, double silent_seconds, int rate)
     : automatic_(!seconds),
-      length_(std::llround(seconds.value_or(max_tail) * rate)),
-      silent_end_(std::llround(silent_end * rate)) {}
+      length_(std::llround(seconds.value_or(max_seconds) * rate)),
+      silent_end_(std::llround(silent_seconds * rate)) {}
 
 void tail::input_ends(std::int64_t frame) {
     begin_ = frame;

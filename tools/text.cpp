@@ -102,46 +102,24 @@ std::vector<std::string> separated(std::string_view text) {
     return words;
 }
 
-double number_of(std::string_view text) {
-    if (const std::optional<double> number = read_number(text)) return *number;
-    throw bad_text(in_quotes(text) + " is not a number");
-}
-
-std::int64_t whole_number_of(std::string_view text) {
-    if (const std::optional<std::int64_t> number = read_integer(text)) return *number;
-    throw bad_text(in_quotes(text) + " is not a whole number");
-}
-
-bool toggle_of(std::string_view text) {
-    if (text == "1" || text == "on") return true;
-    if (text == "0" || text == "off") return false;
-    throw bad_text(in_quotes(text) + " is neither on (1) nor off (0)");
-}
-
-std::int64_t choice_of(std::string_view text, const std::vector<std::string>& names) {
-    text = without_quotes(text);
-    const auto found = std::find(names.begin(), names.end(), text);
-    if (found != names.end()) return found - names.begin();
-    if (const std::optional<std::int64_t> index = read_integer(text)) return *index;
-    throw bad_text("no value named " + in_quotes(text) + ", the nearest is " +
-                   in_quotes(nearest_name(text, names)));
-}
-
-void check_value_count(std::size_t count, std::size_t max) {
-    if (count == 0) throw bad_text("has no value");
-    if (count > max)
-        throw bad_text(std::to_string(count) + " values, at most " + std::to_string(max));
-}
-
-bad_text unknown_attribute(std::string_view name, const std::vector<std::string>& names) {
-    return bad_text("no attribute named " + in_quotes(name) + ", the nearest is " +
-                    nearest_name(name, names));
-}
-
 std::string one_line(std::string text) {
-    std::replace_if(
-        text.begin(), text.end(), [](unsigned char c) { return c < 0x20 || c == 0x7F; }, '?');
+    const bool readable = is_utf8(text);
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const auto c = static_cast<unsigned char>(text[i]);
+        // U+0080 to U+009F are control characters, too.
+        const bool two_byte_control =
+            c == 0xC2 && i + 1 < text.size() && static_cast<unsigned char>(text[i + 1]) < 0xA0;
+        if (c < 0x20 || c == 0x7F || (c >= 0x80 && !readable)) text[i] = '?';
+        if (readable && two_byte_control) text.replace(i, 2, "?");
+    }
     return text;
+}
+
+std::string lower_case(std::string_view text) {
+    std::string lower(text);
+    for (char& c : lower)
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    return lower;
 }
 
 std::string number_text(double value) {
@@ -164,11 +142,12 @@ std::string counted(std::int64_t n, const char* one, const char* several) {
     return std::to_string(n) + " " + (n == 1 ? one : several);
 }
 
-std::string nearest_name(std::string_view wanted, const std::vector<std::string>& names) {
+std::string near_name(std::string_view wanted, const std::vector<std::string>& names) {
     std::string nearest;
     std::size_t min_distance = std::numeric_limits<std::size_t>::max();
     for (const std::string& name : names)
-        if (const std::size_t distance = edit_distance(wanted, name); distance < min_distance) {
+        if (const std::size_t distance = edit_distance(lower_case(wanted), lower_case(name));
+            distance < min_distance && distance <= std::max<std::size_t>(name.size() / 3, 1)) {
             min_distance = distance;
             nearest = name;
         }

@@ -8,8 +8,6 @@
 #include <string_view>
 #include <vector>
 
-#include "tools/failure.h"
-
 namespace program {
 
 std::string_view trimmed(std::string_view text);  // without blanks and line ends around it
@@ -25,22 +23,16 @@ std::vector<std::string> separated(std::string_view text);  // words between bla
 std::optional<double> read_number(std::string_view text);
 std::optional<std::int64_t> read_integer(std::string_view text);
 
-// A value as a user writes it; each throws bad_text. A choice is a name or an index of any size.
-double number_of(std::string_view text);
-std::int64_t whole_number_of(std::string_view text);
-bool toggle_of(std::string_view text);
-std::int64_t choice_of(std::string_view text, const std::vector<std::string>& names);
-void check_value_count(std::size_t count, std::size_t max);  // at least one; throws bad_text
-
-bad_text unknown_attribute(std::string_view name, const std::vector<std::string>& names);
-
-std::string one_line(std::string text);              // control characters become ?
+// For a terminal: control characters, and bytes that are not UTF-8, become ?
+std::string one_line(std::string text);
+std::string lower_case(std::string_view text);       // of the letters A to Z
 std::string number_text(double value);               // shortest that reads as the same value
 std::string fixed_text(double value, int decimals);  // 12.500
 std::string dbfs_text(double peak);                  // of a linear peak: -3.2, -inf
 std::string counted(std::int64_t n, const char* one, const char* several);  // 1 event, 2 events
 
-// The name with the least edit distance, the first of several; "" when there are no names.
-std::string nearest_name(std::string_view wanted, const std::vector<std::string>& names);
+// The name with the least edit distance, the first of several, in any case; "" when more than a
+// third of its letters would change.
+std::string near_name(std::string_view wanted, const std::vector<std::string>& names);
 
 }  // namespace program

@@ -19,7 +19,7 @@ namespace program {
 namespace {
 
 constexpr std::size_t max_path = 4096;  // characters
-constexpr std::array ending_signals{SIGINT, SIGTERM, SIGHUP};
+constexpr std::array ending_signals{SIGINT, SIGTERM, SIGHUP, SIGQUIT};
 
 // The path of the one unfinished file, or empty. The signal handler reads it, so it changes only
 // while the signals are blocked.
@@ -44,6 +44,14 @@ void end_program(int signal) {
     _exit(128 + signal);
 }
 
+// Where a symbolic link leads, so that the file there is replaced and not the link.
+std::string linked_path(const std::string& path) {
+    std::error_code failed;
+    if (!std::filesystem::is_symlink(path, failed)) return path;
+    const std::filesystem::path target = std::filesystem::weakly_canonical(path, failed);
+    return failed ? path : target.string();
+}
+
 std::string temporary_path(const std::string& final_path) {
     const std::filesystem::path path(final_path);
     const std::string name = "." + path.filename().string() + ".part-" + std::to_string(getpid());
@@ -63,12 +71,15 @@ int rename_without_replacing(const char* from, const char* to) {
 }  // namespace
 
 unfinished_file::unfinished_file(std::string path, bool replace)
-    : path_(std::move(path)), replace_(replace) {
+    : path_(replace ? linked_path(path) : std::move(path)), replace_(replace) {
     const std::string temporary = temporary_path(path_);
     if (temporary.size() >= max_path) fail(ENAMETOOLONG);
     const blocked_signals guard;
     file_ = open(temporary.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (file_ < 0) fail(errno);
+    // A file that is replaced keeps its mode.
+    struct stat before {};
+    if (replace_ && stat(path_.c_str(), &before) == 0) fchmod(file_, before.st_mode & 07777);
     temporary.copy(unfinished_path.data(), temporary.size());
     unfinished_path[temporary.size()] = '\0';
 }
@@ -81,7 +92,11 @@ unfinished_file::~unfinished_file() {
 }
 
 void unfinished_file::fail(int error) const {
-    throw failure(path_ + ": can't be written: " + std::strerror(error));
+    throw failure(text_of(error));
+}
+
+std::string unfinished_file::text_of(int error) const {
+    return path_ + ": can't be written: " + std::strerror(error);
 }
 
 std::int64_t unfinished_file::write(const void* bytes, std::int64_t count) noexcept {
@@ -111,6 +126,11 @@ std::int64_t unfinished_file::size() noexcept {
 }
 
 void unfinished_file::finish() {
+    finish_as(path_);
+}
+
+void unfinished_file::finish_as(const std::string& path) {
+    path_ = replace_ ? linked_path(path) : path;
     if (error_ != 0) fail(error_);
     if (close(std::exchange(file_, -1)) != 0)
         fail(errno);  // where network file systems report a full disk

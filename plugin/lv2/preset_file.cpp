@@ -9,8 +9,9 @@
 namespace kv7::orv::lv2 {
 namespace {
 
-program::preset_attribute preset_attribute_of(const attribute_row& row) {
-    program::preset_attribute made{.name = row.info.name, .low = row.low, .high = row.high};
+program::value_attribute value_attribute_of(const attribute_row& row) {
+    program::value_attribute made{
+        .name = row.info.name, .low = row.low, .high = row.high, .unit = row.unit};
     switch (row.kind) {
         case attribute_kind::continuous:
             break;
@@ -43,8 +44,8 @@ std::string name_of(const std::filesystem::path& file) {
 }  // namespace
 
 preset read_preset(const std::filesystem::path& file) {
-    std::vector<program::preset_attribute> attributes;
-    for (const attribute_row& row : attribute_table) attributes.push_back(preset_attribute_of(row));
+    std::vector<program::value_attribute> attributes;
+    for (const attribute_row& row : attribute_table) attributes.push_back(value_attribute_of(row));
     const program::preset_text text = program::read_preset_text(file.string(), attributes);
     preset made{name_of(file), text.title.title, text.title.description, {}};
     for (std::size_t i = 0; i < attribute_count; ++i)

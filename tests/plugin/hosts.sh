@@ -8,7 +8,6 @@
 set -euo pipefail
 
 bundles=$(realpath "$1") presets=$(realpath "$2") vesk=$3
-bundle=$bundles/vesk.lv2
 uri=urn:orvane:vesk
 recording=/usr/share/sonic-pi/samples/loop_amen.flac
 
@@ -21,6 +20,9 @@ done
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work"
+# Some of the programs split paths at blanks.
+ln -s "$bundles" bundles
+bundles=$work/bundles bundle=$work/bundles/vesk.lv2
 fail() { echo "hosts: $*" >&2; exit 1; }
 same() { sndfile-cmp "$1" "$2" || fail "$3"; }
 

@@ -29,7 +29,7 @@ stream_header() {
 stream() { stream_header; head -c "$1" /dev/zero; }
 
 # Signals, while it plays and while it waits for a pipe that says nothing.
-for row in INT:130 TERM:143 HUP:129; do
+for row in INT:130 TERM:143 HUP:129 QUIT:131; do
     for kind in playing waiting; do
         mkfifo pipe
         if [ $kind = playing ]; then (stream_header; cat /dev/zero) >pipe 2>/dev/null &
@@ -70,6 +70,21 @@ rm out/o.wav
 (ulimit -f 100; stream 1000000 | render - out/o.wav >/dev/null 2>err)
 failed "file too large" "out/o.wav: can't be written: File too large"
 nothing_left_in out "a file too large"
+
+# A file that will exceed 4 GiB begins as RF64.
+printf 'RIFF\x28\x00\x00\x00WAVEfmt \x10\x00\x00\x00\x01\x00\x01\x00' >fast.wav
+printf '\x00\xdc\x05\x00\x00\xb8\x0b\x00\x02\x00\x10\x00data\x04\x00\x00\x00\x00\x00\x00\x00' >>fast.wav
+"$program" render --object "$object" fast.wav out/o.wav --tail 1400 >/dev/null 2>err &
+player=$!
+for _ in $(seq 100); do
+    begins=$(head -c 4 out/.o.wav.part-* 2>/dev/null)
+    [ -n "$begins" ] && break
+    sleep 0.05
+done
+kill $player
+wait $player
+expect "above 4 GiB" "$begins" RF64
+nothing_left_in out "a file above 4 GiB"
 
 # A long score, sorted and acted on without much time or memory.
 awk 'BEGIN { srand(1); for (i = 0; i < 100000; ++i) print rand() * 10, "gain", rand() }' >score

@@ -1,5 +1,7 @@
 // What is played: when events act, how long it rings, and that equal commands
 // give equal bytes.
+#include <cmath>
+
 #include "sandbox.h"
 
 using Render = sandbox;
@@ -68,7 +70,9 @@ TEST_F(Render, SettingsAreInForceFromTheFirstSampleAndTheLastOneCounts) {
         {"--set gain=+1e-1", 0.05f, 0.025f},
         {"--set pair=0.5,2", 0.25f, 0.5f},
         {"--set 'pair=0.5 2'", 0.25f, 0.5f},
-        {"--set flip=on --set shape=1", -1.0f, -1.0f},
+        {"--set flip=TRUE --set shape=1", -1.0f, -1.0f},
+        {"--set 'shape=very SQUARE' --set flip=No", 1.0f, 1.0f},
+        {"--set gain=50% --set pair=1e2%,200%", 0.25f, 0.25f},
         {"--set 'shape=Very square'", 1.0f, 1.0f},
         {"--preset half.txt --set gain=1", 0.5f, 0.125f},
     };
@@ -92,6 +96,95 @@ TEST_F(Render, RingsOnForTheTail) {
         EXPECT_EQ(hear(words).samples.size() / 2, frames) << words;
     write("in.wav", {});
     EXPECT_EQ(hear("").samples.size() / 2, 8000) << "nothing in";
+}
+
+// Expected delays are sums done by hand: at 120 quarter notes a minute an eighth lasts 0.25 s.
+TEST_F(Render, UnitsAndNoteValuesAreTimes) {
+    sound click{8000, 2, {0.9f, 0.9f}};
+    write("in.wav", click);
+    write_text("tempo.score", "bpm 120\n0 delay 1/8 1/4\n");
+    const struct {
+        const char* words;
+        std::size_t left, right;  // frames, of the first echo
+    } rows[] = {
+        {"--set delay=250ms,0.5s", 2000, 4000},
+        {"--bpm 120 --set delay=1/8,1/4", 2000, 4000},
+        {"--bpm 60 --set delay=1/8t,1/8.", 2667, 6000},
+        {"--score tempo.score", 2000, 4000},
+        {"--score tempo.score --set delay=1/4,1/8", 2000, 4000},
+        {"--bpm 120 --at '0 delay 1/8 1/4' --set delay=1/16", 2000, 4000},
+    };
+    for (const auto& [words, left, right] : rows) {
+        SCOPED_TRACE(words);
+        const outcome ended =
+            vesk("render in.wav o.wav --force --tail 1 --vector 1 --set feedback=0 " +
+                 std::string(words));
+        ASSERT_EQ(ended.exit, 0) << ended.err;
+        const std::vector<float> heard = read("o.wav").samples;
+        const auto loudest = [&](std::size_t lane) {
+            std::size_t at = lane;
+            for (std::size_t i = lane; i < heard.size(); i += 2)
+                if (std::fabs(heard[i]) > std::fabs(heard[at])) at = i;
+            return static_cast<double>(at / 2);
+        };
+        EXPECT_NEAR(loudest(0), static_cast<double>(left), 2);
+        EXPECT_NEAR(loudest(1), static_cast<double>(right), 2);
+    }
+}
+
+TEST_F(Render, AutomaticTailWaitsForTheLongestDelayAndNotForNoise) {
+    write("in.wav", {8000, 2, {0.9f, 0.9f}});
+    const auto length = [this](const std::string& words) {
+        const outcome ended = vesk("render in.wav o.wav --force " + words);
+        EXPECT_EQ(ended.exit, 0) << ended.err;
+        EXPECT_EQ(ended.err.find("still sounding") != std::string::npos,
+                  words.find("feedback=1.2") != std::string::npos)
+            << words << ended.err;
+        return static_cast<double>(read("o.wav").samples.size()) / 2 / 8000;
+    };
+    EXPECT_NEAR(length("--set delay=2 --set feedback=0"), 4, 0.01);
+    EXPECT_NEAR(length("--at '0 delay 3' --set feedback=0"), 6, 0.05);
+    EXPECT_NEAR(length("--set feedback=1.2"), 60, 0.01);
+    const double without_noise = length("--set feedback=0.5 --set delay=0.1");
+    EXPECT_LT(without_noise, 5);
+    EXPECT_EQ(length("--set feedback=0.5 --set delay=0.1 --set noise=0.5"), without_noise);
+    EXPECT_EQ(length("--set feedback=0.5 --set delay=0.1 --at '0 noise 0.5'"), without_noise);
+}
+
+TEST_F(Render, SummarySaysThatNearlyAllIsSilentAndWhy) {
+    write("in.wav", steady(800, 0.5f, 0.5f));
+    const auto summary = [this](const std::string& words) {
+        return vesk("render in.wav o.wav --force " + words).out;
+    };
+    EXPECT_EQ(summary("--set mix=0").find("silent"), std::string::npos);
+    EXPECT_NE(summary("--set gate=on")
+                  .find("100.0 % silent: gate is on, and only what is above "
+                        "gate_threshold, 0 dB, enters the delay"),
+              std::string::npos);
+    write("in.wav", steady(800, 0, 0));
+    EXPECT_NE(summary("").find("100.0 % silent: so is the input"), std::string::npos);
+}
+
+TEST_F(Render, ReplacesAFileThroughItsLinkAndKeepsItsMode) {
+    write("in.wav", steady(8, 0.5f, 0.5f));
+    write_text("real.wav", "old");
+    std::filesystem::permissions(folder / "real.wav", std::filesystem::perms{0640});
+    std::filesystem::create_symlink("real.wav", folder / "link.wav");
+    EXPECT_EQ(play("in.wav link.wav --force --tail 0").exit, 0);
+    EXPECT_TRUE(std::filesystem::is_symlink(folder / "link.wav"));
+    EXPECT_EQ(read("real.wav").samples.size(), 16u);
+    EXPECT_EQ(std::filesystem::status(folder / "real.wav").permissions(),
+              std::filesystem::perms{0640});
+}
+
+TEST_F(Render, EveryScoreCounts) {
+    write("in.wav", steady(1, 0.5f, 0.25f));
+    write_text("one.score", "0 gain 0.5\n");
+    write_text("two.score",
+               "\xEF\xBB\xBF"
+               "0 pair 1 2\n");
+    EXPECT_EQ(hear("--tail 0 --score one.score --score two.score").samples,
+              (std::vector{0.25f, 0.25f}));
 }
 
 TEST_F(Render, EqualCommandsGiveEqualBytes) {
