@@ -1,6 +1,6 @@
 # What an installation holds, named file by file; the last include of the project, since it names
 # targets of all folders.
-set(package share/vesk/package)
+set(package lib/vesk/package)
 set(built_targets)
 set(built_files)
 set(left_out)  # one sentence each

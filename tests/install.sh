@@ -41,7 +41,7 @@ done
 run cmake --install "$build" --prefix "$prefix"
 {
   printf '%s\n' bin/vesk lib/vesk/libtesk_host.so lib/lv2/vesk.lv2/{vesk.so,{manifest,vesk,presets}.ttl}
-  printf 'share/vesk/package/%s\n' README.md externals/orv.device.vesk~.tkx64 \
+  printf 'lib/vesk/package/%s\n' README.md externals/orv.device.vesk~.tkx64 \
     docs/orv.device.vesk~.teskref.xml presets/*.txt scores/*.txt
 } | sort >"$work/promised"
 (cd "$prefix" && find . -type f -size +0 -printf '%P\n') | sort >"$work/installed"

@@ -11,7 +11,7 @@ fs::path package_folder() {
     std::error_code failed;
     const fs::path program_folder = fs::read_symlink("/proc/self/exe", failed).parent_path();
     const fs::path built = program_folder.parent_path() / "package";
-    const fs::path installed = program_folder.parent_path() / "share" / "vesk" / "package";
+    const fs::path installed = program_folder.parent_path() / "lib" / "vesk" / "package";
     return !fs::is_directory(built, failed) && fs::is_directory(installed, failed) ? installed
                                                                                    : built;
 }

@@ -5,7 +5,7 @@
 
 namespace program {
 
-// From the folder of the program file: `../package` in a build, `../share/vesk/package` when
+// From the folder of the program file: `../package` in a build, `../lib/vesk/package` when
 // installed; the former when neither exists.
 std::filesystem::path package_folder();
 

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cfenv>
 #include <cmath>
 #include <string>
 #include <thread>
@@ -245,6 +246,37 @@ TEST(Driver, SplittingVectorsChangesNoSample) {
             pieces.insert(pieces.end(), split.left.begin(), split.left.end());
         }
         ASSERT_EQ(pieces, whole.left) << round;
+    }
+}
+
+// Hosts flush denormals to zero on their audio thread, and a careless library may leave another
+// rounding behind.
+TEST(Driver, SoundsTheSameInAnyFloatingPointStateAndLeavesItAsItWas) {
+    Played standard, odd;
+    for (Played* p : {&standard, &odd}) {
+        p->prepare();
+        p->engine().modulator.random_state = {1, 2};
+        p->set("delay", {0.001});
+        p->set("reverb", {0.4});
+        p->set("feedback", {0.7});
+    }
+    for (int n = 0; n < 200; ++n) {
+        const double level = n < 100 ? 0.3 : 1e-42;
+        standard.vector(64, level);
+        std::fesetround(FE_UPWARD);
+#if defined(__x86_64__)
+        constexpr unsigned flush_denormals = 0x8040;
+        __builtin_ia32_ldmxcsr(__builtin_ia32_stmxcsr() | flush_denormals);
+#endif
+        odd.vector(64, level);
+        EXPECT_EQ(std::fegetround(), FE_UPWARD);
+#if defined(__x86_64__)
+        EXPECT_EQ(__builtin_ia32_stmxcsr() & flush_denormals, flush_denormals);
+        __builtin_ia32_ldmxcsr(__builtin_ia32_stmxcsr() & ~flush_denormals);
+#endif
+        std::fesetround(FE_TONEAREST);
+        ASSERT_EQ(odd.left, standard.left) << n;
+        ASSERT_EQ(odd.right, standard.right) << n;
     }
 }
 

@@ -17,6 +17,7 @@
 #include "at_end.h"
 #include "attribute_row.h"
 #include "attribute_values.h"
+#include "engine/floating_point_state.h"
 #include "parameter_queue.h"
 #include "sample_rate.h"
 #include "smooth_value.h"
@@ -73,7 +74,7 @@ public:
     void request_clear() noexcept { request(clear_bit); }
     void request_reset() noexcept { request(reset_bit); }
 
-    // Audio thread. Two channels in, two out.
+    // Audio thread, in any floating-point state, which is left as it was. Two channels in, two out.
     void perform(const signal_bundle& in, const signal_bundle& out);
 
 private:
@@ -217,6 +218,7 @@ void driver_core<Engine>::rebuild(double rate, bool through_owner) {
 
 template <class Engine>
 void driver_core<Engine>::perform(const signal_bundle& in, const signal_bundle& out) {
+    const orvane::blocks::vesk::StandardFloatingPoint state;
     const bool entered = gate_.try_enter();
     if (!entered || prepared_sample_rate == 0.0) {
         const std::int32_t frames = std::max(in.frame_count, 0);
