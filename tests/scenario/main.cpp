@@ -71,13 +71,13 @@ void refresh(const std::string& folder) {
     for (const auto& entry : std::filesystem::directory_iterator(folder)) {
         std::filesystem::path path = entry.path();
         if (path.extension() != ".txt") continue;
-        auto all = scenario::read_scenarios(path);
+        auto all = scenario::read_scenarios(path.string());
         if (all.size() > 1) {
-            files[path] = with_new_hashes(path, all);
+            files[path.string()] = with_new_hashes(path.string(), all);
             continue;
         }
         all[0].on_device = path.filename().string().starts_with("device");
-        files[path.replace_extension(".f32")] = bytes_of(narrowed(play(all[0])));
+        files[path.replace_extension(".f32").string()] = bytes_of(narrowed(scenario::play(all[0])));
     }
     if (files.empty()) throw std::runtime_error(folder + ": no scenarios");
     for (const auto& [path, bytes] : files) write(path, bytes);
