@@ -1,7 +1,8 @@
 #include "engine/sample_bank.h"
 
-#include <cmath>
 #include <utility>
+
+#include "engine/exact_sine.h"
 
 namespace orvane::blocks::vesk {
 namespace {
@@ -29,7 +30,7 @@ template <std::size_t N>
 typename SampleBank<N>::Morph SampleBank<N>::morph_at(float position) noexcept {
     const std::uint64_t index = index_at(position);
     const float r = position * static_cast<float>(N - 1) - static_cast<float>(index);
-    return {index, std::sin((1.0f - r) * half_pi), std::sin(r * half_pi)};
+    return {index, exact_sine((1.0f - r) * half_pi), exact_sine(r * half_pi)};
 }
 
 template <std::size_t N>

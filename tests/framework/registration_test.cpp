@@ -202,6 +202,7 @@ TEST(ReferencePage, FailsWithoutHinderingRegistration) {
         EXPECT_EQ(load(object).err, "failed to open file stream for refpage\n")
             << "a folder where the page should be";
     }
+#if !defined(_WIN32)  // an object has a C++ library, and streams, of its own there
     {
         const package folder;
         tesk::host::the().take_errors();
@@ -218,6 +219,7 @@ TEST(ReferencePage, FailsWithoutHinderingRegistration) {
                   (lines{"file not found", "failed to get date modified"}))
             << "a stream that throws loses no line";
     }
+#endif
     EXPECT_NO_THROW(tesk::host::the().described("plain"));
 }
 

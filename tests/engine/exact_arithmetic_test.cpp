@@ -1,9 +1,13 @@
-// The fused step in software: one rounding where the 64-bit sum would round a second time.
+// The two replacements of library calls: the fused step in software, with one rounding where the
+// 64-bit sum would round a second time, and the exact sine.
 #include "engine/fused.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
+
+#include "engine/exact_sine.h"
+#include "engine/fast_math.h"
 
 namespace orvane::blocks::vesk {
 namespace {
@@ -38,6 +42,16 @@ TEST(Fused, RoundsOnceInSoftwareToo) {
         }
     EXPECT_TRUE(std::isnan(fused_in_software(INFINITY, 0, 1)));
 }
+
+#if defined(__GLIBC__)
+TEST(ExactSine, HasTheBitsOfTheLibrary) {
+    for (std::int32_t bits = 0; bits <= bits_of(half_pi); bits += 1009) {
+        const auto x = from_bits<float>(bits);
+        ASSERT_EQ(exact_sine(x), std::sin(x)) << std::hexfloat << x;
+    }
+    EXPECT_EQ(exact_sine(half_pi), std::sin(half_pi));
+}
+#endif
 
 }  // namespace
 }  // namespace orvane::blocks::vesk
