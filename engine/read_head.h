@@ -9,6 +9,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <vector>
 
 #include "engine/block.h"
 #include "engine/circular_buffer.h"
@@ -33,6 +34,9 @@ struct Entries {
 // The latest entries of both channels. All heads read the same rings: the two heads of crossfade
 // mode see equal entries, and of the two modes only one is in use at a time.
 //
+// A search may pass hundreds of thousands of entries. So the sums of whole stretches of a ring are
+// kept, each written when the ring's head has passed the stretch.
+//
 // A block's entries are pushed before its frames are located. So that they overwrite nothing that
 // the first of these frames may still read, the rings are a block longer than the history.
 struct EntryRings {
@@ -41,11 +45,32 @@ struct EntryRings {
     std::uint64_t capacity = 0;  // of the history: entries that may be read
     std::uint64_t filled = 0;    // entries that are valid, at most capacity
 
+    std::vector<std::int64_t> sums_left;  // of each stretch of a ring; negative: too large
+    std::vector<std::int64_t> sums_right;
+
     explicit EntryRings(std::uint64_t history);
     void seed(std::int64_t entry_left, std::int64_t entry_right) noexcept;
     VESK_INLINE void push(const Entries& entries, std::size_t n) noexcept {
+        const std::uint64_t old_head = rate_left.head;
         rate_left.push(entries.left, n);
         rate_right.push(entries.right, n);
+        sum_passed_stretches(old_head);
+    }
+
+private:
+    // After pushes of fewer entries than a stretch has: at most one has been completed on either
+    // side of the rings' seam.
+    VESK_INLINE void sum_passed_stretches(std::uint64_t old_head) noexcept {
+        const std::uint64_t head = rate_left.head;
+        const bool wrapped = head > old_head;
+        if (old_head != 0) sum_if_passed((old_head - 1) / stretch, wrapped ? 0 : head);
+        if (wrapped) sum_if_passed((rate_left.size - 1) / stretch, head);
+    }
+    VESK_INLINE void sum_if_passed(std::uint64_t i, std::uint64_t head) noexcept {
+        if (i * stretch < head || i >= sums_left.size()) [[likely]]
+            return;
+        sums_left[i] = sum_of<stretch>(rate_left.storage.get() + i * stretch);
+        sums_right[i] = sum_of<stretch>(rate_right.storage.get() + i * stretch);
     }
 };
 
@@ -80,8 +105,8 @@ VESK_INLINE void ReadHead::locate(const EntryRings& rings, RingPosition& positio
     const auto capacity = static_cast<std::int64_t>(rings.capacity);
     std::int64_t head = position.head;
     std::int64_t valid = position.filled;
-    Scan l(rings.rate_left, head, cursor_left, spans[0]);
-    Scan r(rings.rate_right, head, cursor_right, spans[1]);
+    Scan l(rings.rate_left, rings.sums_left.data(), head, cursor_left, spans[0]);
+    Scan r(rings.rate_right, rings.sums_right.data(), head, cursor_right, spans[1]);
     for (std::size_t frame = first; frame < end; ++frame) {
         // Frames for which a step each is enough, as nearly all are.
         const std::size_t begin = frame;

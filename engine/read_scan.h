@@ -79,18 +79,40 @@ struct ReadPositions {
     }
 };
 
+// Entries that a search skips at once: by their sum added up on the spot, and by a sum that is
+// kept. Both begin at multiples of their length.
+constexpr std::int64_t stride = 8;
+constexpr std::int64_t stretch = 256;
+
+// The sum of Count entries; negative where it might not fit in 63 bits.
+template <std::int64_t Count>
+VESK_INLINE std::int64_t sum_of(const std::int64_t* entries) noexcept {
+    // So many numbers below this add up to at most 2^62.
+    constexpr std::uint64_t too_large = (std::uint64_t{1} << 62) / Count;
+    std::uint64_t sum = 0;
+    std::uint64_t bits = 0;
+    for (std::int64_t i = 0; i < Count; ++i) {
+        const auto entry = static_cast<std::uint64_t>(entries[i]);
+        sum += entry;
+        bits |= entry;
+    }
+    return bits < too_large ? static_cast<std::int64_t>(sum) : -1;
+}
+
 // A cursor in the form that a scan computes in. The ring's head is passed in, since both channels
 // push in step and share it. newest is always the entry pushed last.
 struct Scan {
     const std::int64_t* const entries;
+    const std::int64_t* const sums;  // of the ring's stretches
     const std::int64_t size;
     const std::int64_t span;
     std::int64_t index;      // of the entry at the cursor's offset
     std::int64_t remaining;  // span less the cursor's sum
 
-    VESK_INLINE Scan(const CircularBuffer<std::int64_t>& ring, std::int64_t head,
-                     const Cursor& cursor, float samples) noexcept
+    VESK_INLINE Scan(const CircularBuffer<std::int64_t>& ring, const std::int64_t* stretch_sums,
+                     std::int64_t head, const Cursor& cursor, float samples) noexcept
         : entries(ring.storage.get()),
+          sums(stretch_sums),
           size(static_cast<std::int64_t>(ring.size)),
           span(static_cast<std::int64_t>(limited_span(samples * fixed_point_one))),
           index(head + static_cast<std::int64_t>(cursor.offset)),
@@ -156,48 +178,45 @@ struct Scan {
         index = newer(index);
         remaining -= newest - entries[index];
     }
-    // Moves until settled or at either end of the history.
+    // Moves until settled or at either end of the history. A new delay may be seconds away, so
+    // whole stretches and strides are skipped where they can be. No entry is negative, so a
+    // comparison that holds at the end of one holds at each entry within it.
     VESK_INLINE void search(std::int64_t newest, std::int64_t head, std::int64_t filled) noexcept {
         std::int64_t at = offset(head);
-        // A new delay may be seconds away, so whole strides are skipped first. No entry is
-        // negative, so a comparison that holds at the end of a stride holds at each entry within
-        // it.
-        for (; at > stride && index >= stride; at -= stride) {
-            const std::int64_t skipped = sum_of_stride(index - stride);
-            if (skipped < 0 || remainder(newest) + skipped >= 0) break;
+        const auto skip_newer = [&](std::int64_t length, auto sum) VESK_LAMBDA {
+            if (index % length != 0 || at <= length || index < length) return false;
+            const std::int64_t skipped = sum(index - length);
+            if (skipped < 0 || remainder(newest) + skipped >= 0) return false;
             remaining += skipped;
-            index -= stride;
-        }
-        for (; remainder(newest) < 0 && at > 1; --at) {
+            index -= length;
+            at -= length;
+            return true;
+        };
+        const auto skip_older = [&](std::int64_t length, auto sum) VESK_LAMBDA {
+            if (index % length != 0 || at + length >= filled || index + length >= size)
+                return false;
+            const std::int64_t skipped = sum(index);
+            if (skipped < 0 || remainder(newest) < skipped) return false;
+            remaining -= skipped;
+            index += length;
+            at += length;
+            return true;
+        };
+        const auto of_stretch = [&](std::int64_t from) VESK_LAMBDA { return sums[from / stretch]; };
+        const auto of_stride = [&](std::int64_t from)
+                                   VESK_LAMBDA { return sum_of<stride>(entries + from); };
+        while (remainder(newest) < 0 && at > 1) {
+            if (skip_newer(stretch, of_stretch) || skip_newer(stride, of_stride)) continue;
             index = newer(index);
             remaining += entries[index];
+            --at;
         }
-        for (; at + stride < filled && index + stride < size; at += stride) {
-            const std::int64_t skipped = sum_of_stride(index);
-            if (skipped < 0 || remainder(newest) < skipped) break;
-            remaining -= skipped;
-            index += stride;
-        }
-        for (; remainder(newest) >= entries[index] && at < filled - 1; ++at) {
+        while (remainder(newest) >= entries[index] && at < filled - 1) {
+            if (skip_older(stretch, of_stretch) || skip_older(stride, of_stride)) continue;
             remaining -= entries[index];
             index = older(index);
+            ++at;
         }
-    }
-
-private:
-    static constexpr std::int64_t stride = 8;  // entries
-
-    // Negative where the sum might not fit in 63 bits.
-    VESK_INLINE std::int64_t sum_of_stride(std::int64_t from) const noexcept {
-        constexpr int bits_of_eighth = 59;  // eight numbers below 2^59 add up to less than 2^62
-        std::uint64_t sum = 0;
-        std::uint64_t bits = 0;
-        for (std::int64_t i = 0; i < stride; ++i) {
-            const auto entry = static_cast<std::uint64_t>(entries[from + i]);
-            sum += entry;
-            bits |= entry;
-        }
-        return bits >> bits_of_eighth == 0 ? static_cast<std::int64_t>(sum) : -1;
     }
 };
 
