@@ -22,6 +22,8 @@ bool differs(float a, float b) noexcept {
 
 ported_effect::ported_effect(double rate) : rate_(rate), driver_(prepared_driver(rate)) {
     for (const control_port port : control_ports_) ++attributes_[port.attribute].count;
+    for (std::size_t i = 0; i < attribute_count; ++i)
+        attributes_[i].values.fill(static_cast<float>(attribute_table[i].default_value));
 }
 
 void ported_effect::connect(std::size_t port, void* data) noexcept {
@@ -66,6 +68,7 @@ void ported_effect::run(std::uint32_t frames) {
 bool ported_effect::attribute_ports::read() noexcept {
     bool changed = false;
     for (std::size_t i = 0; i < count; ++i) {
+        if (data[i] == nullptr) continue;
         const float now = *data[i];
         changed |= differs(now, values[i]);
         values[i] = now;
@@ -75,15 +78,18 @@ bool ported_effect::attribute_ports::read() noexcept {
 
 bool ported_effect::trigger::read() noexcept {
     const bool before = on;
-    on = *data > 0.0f;
+    on = data != nullptr && *data > 0.0f;
     return on && !before;
 }
 
 std::array<double, list_length> ported_effect::values_of(std::size_t attribute) const noexcept {
     const auto& values = attributes_[attribute].values;
-    // LV2: a toggled port is on above 0. The attribute truncates, so 0.5 would be off.
+    // LV2: a toggled port is on above 0. The attribute truncates, so 0.5 would be off, and a choice
+    // that a host has scaled to and fro may lie a little below its integer.
     if (attribute_table[attribute].kind == attribute_kind::toggle)
         return {values[0] <= 0.0f ? 0.0 : 1.0};
+    if (attribute_table[attribute].kind == attribute_kind::choice)
+        return {std::round(double{values[0]})};
     return {double{values[0]}, double{values[1]}};
 }
 
@@ -112,6 +118,10 @@ void ported_effect::set_changed() {
 void ported_effect::process_sub_block(std::size_t begin, std::size_t frames) {
     // Both inputs are copied before an output is written, which may share its memory with either.
     for (std::size_t c = 0; c < 2; ++c) {
+        if (audio_[in_left + c] == nullptr) {
+            std::fill_n(sub_block_[c].begin(), frames, 0.0);
+            continue;
+        }
         const float* const in = audio_[in_left + c] + begin;
         std::transform(in, in + frames, sub_block_[c].begin(),
                        [](float x) { return std::isfinite(x) ? double{x} : 0.0; });
@@ -119,10 +129,12 @@ void ported_effect::process_sub_block(std::size_t begin, std::size_t frames) {
     double* const channels[2] = {sub_block_[0].data(), sub_block_[1].data()};
     const signal_bundle bundle{channels, 2, static_cast<std::int32_t>(frames)};
     driver_->core.perform(bundle, bundle);
-    for (std::size_t c = 0; c < 2; ++c)
+    for (std::size_t c = 0; c < 2; ++c) {
+        if (audio_[out_left + c] == nullptr) continue;
         std::transform(
             sub_block_[c].begin(), sub_block_[c].begin() + static_cast<std::ptrdiff_t>(frames),
             audio_[out_left + c] + begin, [](double y) { return static_cast<float>(y); });
+    }
 }
 
 }  // namespace kv7::orv::lv2

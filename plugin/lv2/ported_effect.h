@@ -17,7 +17,8 @@ class ported_effect {
 public:
     explicit ported_effect(double rate);  // Hz; throws std::bad_alloc
 
-    // Between two blocks. data stays valid until the next run has returned.
+    // Between two blocks. data stays valid until the next run has returned; null: not connected. A
+    // control that is not connected keeps its value, an input is silent, an output is dropped.
     void connect(std::size_t port, void* data) noexcept;
 
     // Not the audio thread. The next run starts with a new driver, whose attributes have the values

@@ -126,6 +126,7 @@ void write_control_port(port_writer& ports, control_port port) {
     const bool toggle = row.kind == attribute_kind::toggle;
     ports.begin("lv2:InputPort , lv2:ControlPort", symbol_of(port), label_of(port));
     ports.line("rdfs:comment", quoted(row.info.description));
+    ports.line("lv2:portProperty", "lv2:connectionOptional");
     ports.line("lv2:default", decimal(row.default_value));
     ports.line("lv2:minimum", decimal(row.low));
     ports.line("lv2:maximum", decimal(toggle ? 1.0 : row.high));
@@ -146,7 +147,7 @@ void write_trigger_port(port_writer& ports, const char* name) {
     ports.line("lv2:default", "0");
     ports.line("lv2:minimum", "0");
     ports.line("lv2:maximum", "1");
-    ports.line("lv2:portProperty", "lv2:toggled , pprops:trigger");
+    ports.line("lv2:portProperty", "lv2:toggled , pprops:trigger , lv2:connectionOptional");
 }
 
 // A group for the inputs, one for the outputs, one for each category of attributes.
@@ -154,8 +155,8 @@ void write_groups(std::ostream& out) {
     const auto group = [&out](const std::string& which, const char* types, std::string_view name) {
         out << '\n'
             << which << "\n\ta " << types << " ;\n\tlv2:symbol "
-            << quoted(in_lower_case(std::string(name))) << " ;\n\tlv2:name " << quoted(name)
-            << " .\n";
+            << quoted(in_lower_case(std::string(name)) + "_group") << " ;\n\tlv2:name "
+            << quoted(name) << " .\n";
     };
     group(uri("input"), "pg:StereoGroup , pg:InputGroup", "Input");
     group(uri("output"), "pg:StereoGroup , pg:OutputGroup", "Output");
@@ -180,7 +181,7 @@ void write_manifest(std::ostream& out, const std::string& binary, std::span<cons
             << " ;\n\trdfs:label " << quoted(p.title) << " ;\n\trdfs:seeAlso <presets.ttl> .\n";
 }
 
-void write_plugin(std::ostream& out, int major_version, int minor_version) {
+void write_plugin(std::ostream& out, const version& of_project) {
     out << prefixes << '\n'
         << uri("project") << "\n\ta doap:Project ;\n\tdoap:name \"Vesk\" ;\n"
         << "\tdoap:maintainer [ foaf:name " << quoted(class_metadata::author) << " ] .\n";
@@ -189,8 +190,8 @@ void write_plugin(std::ostream& out, int major_version, int minor_version) {
         << uri() << "\n\ta lv2:Plugin , lv2:DelayPlugin ;\n\tdoap:name \"Vesk\" ;\n"
         << "\trdfs:comment " << quoted(class_metadata::description) << " ;\n"
         << "\tlv2:project " << uri("project") << " ;\n"
-        << "\tlv2:minorVersion " << major_version << " ;\n"
-        << "\tlv2:microVersion " << minor_version << " ;\n"
+        << "\tlv2:minorVersion " << 2 * (100 * of_project.major + of_project.minor) << " ;\n"
+        << "\tlv2:microVersion " << 2 * of_project.patch << " ;\n"
         << "\tlv2:optionalFeature lv2:hardRTCapable ;\n"
         << "\tpg:mainInput " << uri("input") << " ;\n"
         << "\tpg:mainOutput " << uri("output") << " ;\n";

@@ -12,8 +12,15 @@ namespace kv7::orv::lv2 {
 // The manifest lists the plugin and its presets. binary is the plugin's file name.
 void write_manifest(std::ostream& out, const std::string& binary, std::span<const preset> presets);
 
-// The plugin's description: its ports with names, ranges and units. version is major.minor.
-void write_plugin(std::ostream& out, int major_version, int minor_version);
+struct version {
+    int major;
+    int minor;
+    int patch;
+};
+
+// The plugin's description: its ports with names, ranges and units. A bundle has two numbers, which
+// LV2 wants even in a release.
+void write_plugin(std::ostream& out, const version& of_project);
 
 void write_presets(std::ostream& out, std::span<const preset> presets);
 

@@ -35,6 +35,12 @@ grep -q '^Found 0 errors' validated || fail "the validator found errors"
 ! grep -v -e '^Found 0 errors' -e 'Skipping file .*lv2core.doap.ttl' validated >&2 ||
   fail "the validator warned"
 
+for text in "$bundle"/vesk.ttl; do
+  twice=$(sed -n 's/.*lv2:symbol "\(.*\)".*/\1/p' "$text" | sort | uniq -d)
+  [ -z "$twice" ] || fail "symbols of two ports or groups: $twice"
+  ! grep -E 'lv2:(minor|micro)Version [0-9]*[13579] ' "$text" >&2 || fail "a version under development"
+done
+
 exported=$(nm -D --defined-only "$bundle/vesk.so" | sed 's/.* //')
 [ "$exported" = lv2_descriptor ] || fail "exports $exported, expected lv2_descriptor alone"
 

@@ -136,7 +136,7 @@ public:
         else
             values_[n] = low + (high - low) * static_cast<float>(dice_.unit());
         // Drawn at random by each engine for itself.
-        if (values_[n] >= 5.0f && std::string(row.info.name) == "mod_waveform") values_[n] = 4.0f;
+        if (values_[n] >= 4.5f && std::string(row.info.name) == "mod_waveform") values_[n] = 4.0f;
     }
     std::size_t any_frames() {
         return static_cast<std::size_t>(dice_.below(static_cast<int>(most_frames) + 1));
@@ -150,11 +150,14 @@ private:
     }
     std::vector<double> values_of(std::size_t attribute) const {
         const bool toggles = attribute_table[attribute].kind == attribute_kind::toggle;
+        const bool is_choice = attribute_table[attribute].kind == attribute_kind::choice;
         std::vector<double> values;
         for (std::size_t i = 0; i < controls_.size(); ++i)
             if (controls_[i].attribute == attribute)
                 // A toggle is on above 0, whatever whole number the attribute makes of it.
-                values.push_back(toggles ? (values_[i] > 0.0f ? 1.0 : 0.0) : double{values_[i]});
+                values.push_back(toggles     ? (values_[i] > 0.0f ? 1.0 : 0.0)
+                                 : is_choice ? std::round(double{values_[i]})
+                                             : double{values_[i]});
         return values;
     }
     // In the order of registration, each attribute once.
@@ -208,6 +211,35 @@ TEST(Plugin, PlaysAsTheDriverDoesThroughAnyBlocksKnobsTriggersAndActivations) {
     pair.activate();
     counting = false;
     EXPECT_GT(heap_calls, 0) << "the plugin's calls are counted";
+}
+
+// Hosts may leave ports unconnected, and connect them with null.
+TEST(Plugin, TakesAnUnconnectedControlForItsDefaultAndSilenceForAnInput) {
+    const LV2_Descriptor& calls = *descriptor(0);
+    std::vector<float> defaults;
+    for (const control_port port : control_ports())
+        defaults.push_back(static_cast<float>(attribute_table[port.attribute].default_value));
+    std::array<std::array<float, 64>, 2> heard{};
+    for (const bool connected : {false, true}) {
+        const LV2_Handle plugin = calls.instantiate(&calls, 8000.0, "", nullptr);
+        calls.connect_port(plugin, audio_port_count, nullptr);
+        calls.activate(plugin);
+        calls.run(plugin, 64);
+        if (connected)
+            for (std::size_t i = 0; i < defaults.size(); ++i)
+                calls.connect_port(plugin, static_cast<std::uint32_t>(audio_port_count + i),
+                                   &defaults[i]);
+        std::array<float, 64> left{1.0f, -0.5f};
+        calls.connect_port(plugin, in_left, left.data());
+        calls.connect_port(plugin, out_left, heard[connected].data());
+        for (int n = 0; n < 47; ++n) {  // the echo comes in the last block, after 3000 frames
+            calls.run(plugin, 64);
+            left.fill(0.0f);
+        }
+        calls.cleanup(plugin);
+    }
+    EXPECT_EQ(heard[0], heard[1]);
+    EXPECT_NE(heard[0], decltype(heard)::value_type{});
 }
 
 }  // namespace
