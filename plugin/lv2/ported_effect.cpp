@@ -4,11 +4,14 @@
 #include <cmath>
 #include <new>
 
+#include "sample_rate.h"
+
 namespace kv7::orv::lv2 {
 namespace {
 
 std::unique_ptr<vesk_driver> prepared_driver(double rate) {
-    auto driver = std::make_unique<vesk_driver>(rate);
+    // Its first engine is replaced at once: the smallest one does.
+    auto driver = std::make_unique<vesk_driver>(lowest_sample_rate);
     driver->prepare(rate);
     return driver;
 }

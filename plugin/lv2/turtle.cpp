@@ -121,6 +121,11 @@ void write_scale_points(port_writer& ports, const attribute_row& row) {
                                          " ; rdf:value " + std::to_string(i) + " ]");
 }
 
+// Clicks are to be expected where one of these is set while sound passes.
+bool clicks(const attribute_row& row) {
+    return row.kind == attribute_kind::toggle || row.kind == attribute_kind::choice;
+}
+
 void write_control_port(port_writer& ports, control_port port) {
     const attribute_row& row = attribute_table[port.attribute];
     const bool toggle = row.kind == attribute_kind::toggle;
@@ -133,6 +138,7 @@ void write_control_port(port_writer& ports, control_port port) {
     if (toggle) ports.line("lv2:portProperty", "lv2:toggled");
     if (row.kind == attribute_kind::choice)
         ports.line("lv2:portProperty", "lv2:integer , lv2:enumeration");
+    if (clicks(row)) ports.line("lv2:portProperty", "pprops:causesArtifacts");
     if (is_logarithmic(row)) ports.line("lv2:portProperty", "pprops:logarithmic");
     if (const std::string_view unit = unit_of(row.unit); !unit.empty())
         ports.line("units:unit", unit);
@@ -140,14 +146,16 @@ void write_control_port(port_writer& ports, control_port port) {
     write_scale_points(ports, row);
 }
 
-void write_trigger_port(port_writer& ports, const char* name) {
+void write_trigger_port(port_writer& ports, const char* name, const char* comment) {
     std::string label = name;
     label[0] = static_cast<char>(std::toupper(static_cast<unsigned char>(label[0])));
     ports.begin("lv2:InputPort , lv2:ControlPort", name, label);
+    ports.line("rdfs:comment", quoted(comment));
     ports.line("lv2:default", "0");
     ports.line("lv2:minimum", "0");
     ports.line("lv2:maximum", "1");
-    ports.line("lv2:portProperty", "lv2:toggled , pprops:trigger , lv2:connectionOptional");
+    ports.line("lv2:portProperty",
+               "lv2:toggled , pprops:trigger , pprops:causesArtifacts , lv2:connectionOptional");
 }
 
 // A group for the inputs, one for the outputs, one for each category of attributes.
@@ -198,7 +206,9 @@ void write_plugin(std::ostream& out, const version& of_project) {
     port_writer ports(out);
     write_audio_ports(ports);
     for (const control_port port : control_ports()) write_control_port(ports, port);
-    for (const char* name : trigger_names) write_trigger_port(ports, name);
+    write_trigger_port(ports, trigger_names[clear], "Empties the delay lines and the reverb.");
+    write_trigger_port(ports, trigger_names[reset],
+                       "Returns the whole effect to its initial state; settings stay.");
     ports.end();
 }
 
