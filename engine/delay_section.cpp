@@ -7,6 +7,17 @@ std::uint64_t line_samples(float rate) {
     return static_cast<std::uint64_t>(rate * line_seconds);
 }
 
+// Of one channel of a head, in samples; not cut to what the line holds yet.
+float delay_at(const CircularBuffer<std::int64_t>& entries, std::uint64_t capacity,
+               const Cursor& cursor, float span) {
+    const Scan scan(entries, nullptr, static_cast<std::int64_t>(entries.head), cursor, span);
+    const auto newest = entries.at(0);
+    const float part =
+        static_cast<float>(scan.remainder(newest)) / static_cast<float>(entries.at(cursor.offset));
+    const float delay = part + (static_cast<float>(cursor.offset) - 0.5f);
+    return min(max(delay, 0.0f), static_cast<float>(capacity));
+}
+
 }  // namespace
 
 DelaySection::DelaySection(float rate)
@@ -52,6 +63,19 @@ void DelaySection::set_repitch(bool value) noexcept {
     if (value == repitch) return;
     repitch = value;
     reset_read_heads();
+}
+
+std::array<DelaySection::DelayRead, 2> DelaySection::delays_read() const noexcept {
+    const auto read_by = [this](const ReadHead& head, Pair spans, float weight) {
+        const float left =
+            delay_at(entry_rings.rate_left, delay_capacity, head.cursor_left, spans[0]);
+        const float right =
+            delay_at(entry_rings.rate_right, delay_capacity, head.cursor_right, spans[1]);
+        return DelayRead{Pair{left, right} / sample_rate, weight};
+    };
+    if (repitch) return {read_by(tape_head, broadcast<Pair>(1.0f), 1.0f), DelayRead{}};
+    return {read_by(crossfade_heads[0], head_delay[0], 1.0f - crossfade_position),
+            read_by(crossfade_heads[1], head_delay[1], crossfade_position)};
 }
 
 }  // namespace orvane::blocks::vesk

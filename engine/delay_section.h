@@ -69,6 +69,16 @@ struct DelaySection {
     // delay_time in samples, at least 1.
     VESK_INLINE Pair wanted_delay() const noexcept;
 
+    // Where a head stood in the last frame processed: what is heard through it is so old. On its
+    // way there after a change, or moved by the read speed, that is another time than delay_time.
+    struct DelayRead {
+        Pair seconds{};       // left, right; mid and side in mid/side mode
+        float weight = 0.0f;  // its share of what is heard, 0 to 1
+    };
+    // The tape head and nothing, or both crossfade heads. For displays, between two calls of
+    // process.
+    std::array<DelayRead, 2> delays_read() const noexcept;
+
 private:
     VESK_INLINE void plan_tape(const Block& rate, std::size_t n, ReadPlan& plan) noexcept;
     VESK_INLINE void plan_crossfade(const Block& rate, std::size_t n, ReadPlan& plan) noexcept;

@@ -1,6 +1,7 @@
 // What the effect does, stated as laws: each expected value is a sum done by hand or a closed form.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <functional>
 #include <iterator>
@@ -201,6 +202,35 @@ TEST(Laws, ThePlateRingsAsItsDecaySaysAndDarkens) {
         };
         EXPECT_NEAR(fall(0), 80 * std::log10(decay), 0.7);
         EXPECT_NEAR(fall(1) - fall(0), -1.8, 0.3);
+    }
+}
+
+// Of a ramp in time the wet signal is the ramp as it was then: the delay read can be told from it.
+TEST(Laws, TheDelaysReadAreHowOldTheSoundIs) {
+    constexpr float rate = 8000, rise = 1e-2f / 16000;
+    const Input ramp = [](int n) {
+        return Frame{rise * static_cast<float>(n), rise * static_cast<float>(n)};
+    };
+    for (const std::string settings :
+         {"repitch 0", "repitch 1", "repitch 0, mod_delay 0.2", "repitch 1, mod_delay 0.2"}) {
+        SCOPED_TRACE(settings);
+        Effect effect(rate, "delay 0.1 0.35, mod_freq 3, " + settings);
+        double furthest = 0;
+        for (int n = 0; n < 16000; ++n) {
+            if (n == 8000) effect.set("delay 0.3 0.05");
+            const Frame out = effect.engine.process(ramp(n));
+            if (n < 4000) continue;
+            double seconds[2] = {};
+            for (const auto& read : effect.engine.delays_read())
+                for (int side = 0; side < 2; ++side)
+                    seconds[side] += double{read.weight} * double{read.seconds[side]};
+            const double left = (n - double{out.left} / rise) / rate;
+            // Half a step of a fade besides what the saturator and rounding do.
+            ASSERT_NEAR(seconds[0], left, 1.5e-3) << n;
+            ASSERT_NEAR(seconds[1], (n - double{out.right} / rise) / rate, 2e-3) << n;
+            furthest = std::max(furthest, std::abs(left - 0.1));
+        }
+        EXPECT_GT(furthest, 0.17);
     }
 }
 
