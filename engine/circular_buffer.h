@@ -3,13 +3,12 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
-#include <new>
 #include <type_traits>
 #include <utility>
 
 #include "engine/block.h"
 #include "engine/lanes.h"
+#include "engine/ring_memory.h"
 
 namespace orvane::blocks::vesk {
 
@@ -23,13 +22,9 @@ template <class T>
 struct CircularBuffer {
     static_assert(std::is_trivially_copyable_v<T>);
 
-    struct Release {
-        void operator()(T* p) const noexcept { ::operator delete(p, alignment); }
-    };
-
-    std::unique_ptr<T[], Release> storage;  // size elements, then the first max_block repeated
-    std::uint64_t size = 0;                 // elements
-    std::uint64_t head = 0;                 // index of the newest element
+    RingStorage<T> storage;  // size elements, then the first max_block repeated
+    std::uint64_t size = 0;  // elements
+    std::uint64_t head = 0;  // index of the newest element
 
     CircularBuffer() = default;
     explicit CircularBuffer(std::uint64_t elements);  // zeros; throws std::bad_alloc
@@ -73,7 +68,6 @@ struct CircularBuffer {
     void zero() noexcept;  // contents only: head and size stay
 
 private:
-    static constexpr std::align_val_t alignment{64};  // a cache line
     static constexpr std::uint64_t repeated = max_block;
 
     VESK_INLINE std::uint64_t head_after(std::uint64_t count) const noexcept {
@@ -90,11 +84,9 @@ private:
 
 template <class T>
 CircularBuffer<T>::CircularBuffer(std::uint64_t elements)
-    : storage(static_cast<T*>(::operator new((elements + repeated) * sizeof(T), alignment))),
-      size(elements) {
-    // Written here, so that no page of the ring is touched for the first time on the audio thread.
-    std::uninitialized_fill_n(storage.get(), elements + repeated, T{});
-}
+    : storage(static_cast<T*>(allocate_ring((elements + repeated) * sizeof(T))),
+              {(elements + repeated) * sizeof(T)}),
+      size(elements) {}
 
 template <class T>
 void CircularBuffer<T>::zero() noexcept {
