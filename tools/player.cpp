@@ -17,10 +17,8 @@ player::player(tesk::instance& effect, score& events, int vector_size)
 
 void player::play(const float* in, int channels, float* out) {
     tesk::host::the().serve();
-    while (const message* next = events_.due(position_))
-        if (!effect_.send(next->selector, next->values))
-            throw failure("message at frame " + std::to_string(position_) +
-                          " refused: " + take_posted_errors());
+    while (const message* next = events_.due(position_)) send(*next);
+    if (!started_) start();
     const auto stride = static_cast<std::size_t>(channels);
     for (std::size_t i = 0; i < vector_size_; ++i) {
         left_[i] = double{in[i * stride]};
@@ -33,6 +31,19 @@ void player::play(const float* in, int channels, float* out) {
         out[2 * i + 1] = static_cast<float>(right_[i]);
     }
     position_ += static_cast<std::int64_t>(vector_size_);
+}
+
+void player::send(const message& sent) {
+    if (!effect_.send(sent.selector, sent.values))
+        throw failure("message at frame " + std::to_string(position_) +
+                      " refused: " + take_posted_errors());
+}
+
+void player::start() {
+    const std::array<double*, 2> none{left_.data(), right_.data()};
+    effect_.run(none.data(), none.data(), 0);  // takes the settings
+    send({"reset", {}});                       // in their place the read heads start
+    started_ = true;
 }
 
 }  // namespace program

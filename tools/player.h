@@ -17,18 +17,23 @@ public:
     player(tesk::instance& effect, score& events, int vector_size);
 
     // Plays one vector of interleaved frames. out has two channels; a single input channel goes to
-    // both inlets. Throws failure when the object refuses a message.
+    // both inlets. What is set by the first frame sounds from there, without fade or glide. Throws
+    // failure when the object refuses a message.
     void play(const float* in, int channels, float* out);
 
     std::int64_t position() const { return position_; }  // frames played
 
 private:
+    void start();
+    void send(const message& sent);
+
     tesk::instance& effect_;
     score& events_;
     std::size_t vector_size_;
     std::vector<double> left_;
     std::vector<double> right_;
     std::int64_t position_ = 0;
+    bool started_ = false;
 };
 
 }  // namespace program

@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "tools/failure.h"
+#include "tools/note_value.h"
 #include "tools/text.h"
 
 namespace program {
@@ -41,18 +42,18 @@ std::string range_of(const value_attribute& attribute) {
 }
 
 // Seconds of `1/8`, `1/8.` (dotted), `1/8..` or `1/8t` (triplet); a whole note is four quarters.
-double note_seconds(std::string_view text, const std::optional<double>& bpm) {
+double seconds_of_note(std::string_view text, const std::optional<double>& bpm) {
     if (!bpm) throw bad_text(in_quotes(text) + " is a note value, expected a tempo, as --bpm 120");
     std::string_view note = text;
-    double length = 1;
+    note_length length = note_length::plain;
     if (note.ends_with("..")) {
-        length = 1.75;
+        length = note_length::double_dotted;
         note.remove_suffix(2);
     } else if (note.ends_with('.')) {
-        length = 1.5;
+        length = note_length::dotted;
         note.remove_suffix(1);
     } else if (note.ends_with('t') || note.ends_with('T')) {
-        length = 2.0 / 3.0;
+        length = note_length::triplet;
         note.remove_suffix(1);
     }
     const std::size_t slash = note.find('/');
@@ -60,14 +61,14 @@ double note_seconds(std::string_view text, const std::optional<double>& bpm) {
     const std::optional<std::int64_t> part = read_integer(note.substr(slash + 1));
     if (!count || !part || *count < 1 || *part < 1)
         throw bad_text(in_quotes(text) + " is no note value, expected one as 1/4, 1/8. or 1/8t");
-    return 240.0 / *bpm * length * static_cast<double>(*count) / static_cast<double>(*part);
+    return note_seconds(static_cast<double>(*count), static_cast<double>(*part), length, *bpm);
 }
 
 double number_of(const value_attribute& attribute, std::string_view text,
                  const value_rules& rules) {
     if (const std::optional<double> number = read_number(text)) return *number;
     if (text.find('/') != text.npos && (attribute.unit == "s" || attribute.unit == "Hz")) {
-        const double seconds = note_seconds(text, rules.bpm);
+        const double seconds = seconds_of_note(text, rules.bpm);
         return attribute.unit == "s" ? seconds : 1 / seconds;
     }
     const std::string lower = lower_case(text);

@@ -1,8 +1,10 @@
 // The plugin's C interface: lv2_descriptor, the only exported function, and the functions that its
 // descriptor points to.
 #include <lv2/core/lv2.h>
+#include <lv2/urid/urid.h>
 
 #include <cstdint>
+#include <cstring>
 #include <exception>
 
 #include "ported_effect.h"
@@ -15,10 +17,18 @@ ported_effect& effect(LV2_Handle instance) {
     return *static_cast<ported_effect*>(instance);
 }
 
-LV2_Handle instantiate(const LV2_Descriptor*, double rate, const char*, const LV2_Feature* const*) {
+const LV2_URID_Map* map_among(const LV2_Feature* const* features) {
+    for (; features != nullptr && *features != nullptr; ++features)
+        if (std::strcmp((*features)->URI, LV2_URID__map) == 0)
+            return static_cast<const LV2_URID_Map*>((*features)->data);
+    return nullptr;
+}
+
+LV2_Handle instantiate(const LV2_Descriptor*, double rate, const char*,
+                       const LV2_Feature* const* features) {
     if (!(rate > 0.0)) return nullptr;
     try {
-        return new ported_effect(rate);
+        return new ported_effect(rate, map_among(features));
     } catch (const std::exception&) {
         return nullptr;  // the host reports the failure
     }

@@ -1,6 +1,9 @@
-// Plays the effect from a host's ports: sets the driver's attributes to the values of the control
-// ports at the start of every block.
+// Plays the effect from a host's ports: sets the driver's attributes to what the control ports and
+// the tempo call for at the start of every block.
 #pragma once
+
+#include <lv2/atom/atom.h>
+#include <lv2/urid/urid.h>
 
 #include <array>
 #include <cstddef>
@@ -8,6 +11,8 @@
 #include <memory>
 #include <vector>
 
+#include "bypass.h"
+#include "host_tempo.h"
 #include "port_list.h"
 #include "vesk_driver.h"
 
@@ -15,7 +20,8 @@ namespace kv7::orv::lv2 {
 
 class ported_effect {
 public:
-    explicit ported_effect(double rate);  // Hz; throws std::bad_alloc
+    // rate in Hz; map may be null. Throws std::bad_alloc.
+    ported_effect(double rate, const LV2_URID_Map* map);
 
     // Between two blocks. data stays valid until the next run has returned; null: not connected. A
     // control that is not connected keeps its value, an input is silent, an output is dropped.
@@ -26,41 +32,56 @@ public:
     void activate() noexcept;
 
     // Audio thread; neither allocates nor locks. Blocks have any length; changed ports act at their
-    // start. An output may share its memory with any input. Input that is not finite is taken as 0.
+    // start, a tempo at its frame. An output may share its memory with any input. Input that is not
+    // finite is taken as 0.
     void run(std::uint32_t frames);
 
 private:
-    // The ports of one attribute: one, or two of a list.
-    struct attribute_ports {
-        std::array<const float*, list_length> data{};
-        std::array<float, list_length> values{};  // when last read
-        std::size_t count = 0;
+    using attribute_values = std::array<double, list_length>;
 
-        bool read() noexcept;  // true when a value has changed
-    };
+    // On at every press: when it rises, and when a host that has latched it lets it fall. A press
+    // of a button that springs back is shorter than latched_seconds and acts once.
     struct trigger {
+        static constexpr double latched_seconds = 1.0;
         const float* data = nullptr;
-        bool on = false;  // when last read
+        bool on = false;         // when last read
+        double frames_on = 0.0;  // so far
 
-        bool read() noexcept;  // true on a change from off to on
+        bool read(double block_frames, double rate) noexcept;  // true: act
     };
 
-    std::array<double, list_length> values_of(std::size_t attribute) const noexcept;
-    void set_without_ramp(std::size_t attribute) noexcept;
-    void set_all();
+    double own(own_control which) const noexcept { return values_[own_[which]]; }
+    bool is_on(own_control which) const noexcept { return own(which) > 0.0; }
+    double seconds_of(own_control division) const noexcept;
+    attribute_values delays() const noexcept;
+    attribute_values values_of(std::size_t attribute) const noexcept;
+
+    void read_controls() noexcept;
+    void start();
     void set_changed();
+    void run_to(std::size_t begin, std::size_t end);
     void process_sub_block(std::size_t begin, std::size_t frames);
+    void write_readouts(std::size_t frames) noexcept;
 
     static constexpr std::size_t sub_block_frames = 64;  // at most; the last of a block is shorter
 
     double rate_;
     std::unique_ptr<vesk_driver> driver_;
     bool is_new_ = true;  // no run since the driver was built
-    const std::vector<control_port> control_ports_ = lv2::control_ports();
-    std::array<attribute_ports, attribute_count> attributes_;
+    host_tempo tempo_;
+    bypass bypass_;
+    std::vector<const float*> controls_;  // in the order of control_ports
+    std::vector<double> values_;          // of these, when last read
+    std::array<std::array<std::size_t, list_length>, attribute_count> elements_{};  // in values_
+    std::array<std::size_t, own_control_count> own_{};                              // in values_
+    std::array<attribute_values, attribute_count> sent_{};                          // to the driver
     std::array<trigger, trigger_count> triggers_;
+    std::array<float*, readout_count> readouts_{};
+    const LV2_Atom_Sequence* events_ = nullptr;
     std::array<float*, audio_port_count> audio_{};
+    std::array<float, 2> peaks_{};  // of the block so far; left, right
     std::array<std::array<double, sub_block_frames>, 2> sub_block_{};  // left, right
+    std::array<std::array<double, sub_block_frames>, 2> dry_{};        // what passes the effect by
 };
 
 }  // namespace kv7::orv::lv2

@@ -2,18 +2,17 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <charconv>
 #include <iterator>
 #include <string_view>
-#include <vector>
 
 #include "port_list.h"
 
 namespace kv7::orv::lv2 {
 namespace {
 
-constexpr const char* prefixes = R"(@prefix doap: <http://usefulinc.com/ns/doap#> .
+constexpr const char* prefixes = R"(@prefix atom: <http://lv2plug.in/ns/ext/atom#> .
+@prefix doap: <http://usefulinc.com/ns/doap#> .
 @prefix foaf: <http://xmlns.com/foaf/0.1/> .
 @prefix lv2: <http://lv2plug.in/ns/lv2core#> .
 @prefix pg: <http://lv2plug.in/ns/ext/port-groups#> .
@@ -21,7 +20,9 @@ constexpr const char* prefixes = R"(@prefix doap: <http://usefulinc.com/ns/doap#
 @prefix pset: <http://lv2plug.in/ns/ext/presets#> .
 @prefix rdf: <http://www.w3.org/1999/02/22-rdf-syntax-ns#> .
 @prefix rdfs: <http://www.w3.org/2000/01/rdf-schema#> .
+@prefix time: <http://lv2plug.in/ns/ext/time#> .
 @prefix units: <http://lv2plug.in/ns/extensions/units#> .
+@prefix urid: <http://lv2plug.in/ns/ext/urid#> .
 )";
 
 std::string uri(std::string_view fragment = {}) {
@@ -30,7 +31,7 @@ std::string uri(std::string_view fragment = {}) {
     return text + '>';
 }
 
-std::string quoted(std::string_view text) {
+std::string in_quotes(std::string_view text) {
     std::string literal = "\"";
     for (const char c : text) {
         if (c == '"' || c == '\\') literal += '\\';
@@ -49,14 +50,9 @@ std::string decimal(double value) {
     return number.find('.') == std::string::npos ? number + ".0" : number;
 }
 
-std::string in_lower_case(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+std::string capitalised(std::string text) {
+    if (text[0] >= 'a' && text[0] <= 'z') text[0] = static_cast<char>(text[0] - 'a' + 'A');
     return text;
-}
-
-std::string group_of(std::string_view category) {
-    return uri("group-" + in_lower_case(std::string(category)));
 }
 
 std::string_view unit_of(std::string_view unit) {
@@ -67,9 +63,11 @@ std::string_view unit_of(std::string_view unit) {
     return found == units.end() ? std::string_view() : (*found)[1];
 }
 
-// From three decades on, as for delay times from flanger to echo, a linear scale is of no use.
-bool is_logarithmic(const attribute_row& row) {
-    return row.low > 0.0 && row.high >= 1000.0 * row.low;
+// Where ears judge by ratios: times and frequencies over more than a decade, as from flanger to
+// echo.
+bool is_logarithmic(const control_port& port) {
+    const std::string_view unit = port.unit;
+    return (unit == "s" || unit == "Hz") && port.low > 0.0 && port.high >= 10.0 * port.low;
 }
 
 // Writes the list of ports, one property at a time: begin opens the next port, end closes the list.
@@ -81,8 +79,8 @@ public:
         out_ << (index_ == 0 ? "\tlv2:port [\n" : "\t] , [\n");
         out_ << "\t\ta " << types << " ;\n";
         line("lv2:index", std::to_string(index_++));
-        line("lv2:symbol", quoted(symbol));
-        line("lv2:name", quoted(name));
+        line("lv2:symbol", in_quotes(symbol));
+        line("lv2:name", in_quotes(name));
     }
     void line(std::string_view property, std::string_view value) {
         out_ << "\t\t" << property << ' ' << value << " ;\n";
@@ -115,66 +113,75 @@ void write_audio_ports(port_writer& ports) {
     }
 }
 
-void write_scale_points(port_writer& ports, const attribute_row& row) {
-    for (std::size_t i = 0; i < row.value_names.size(); ++i)
-        ports.line("lv2:scalePoint", "[ rdfs:label " + quoted(row.value_names[i]) +
+void write_event_port(port_writer& ports) {
+    ports.begin("lv2:InputPort , atom:AtomPort", "events", "Events");
+    ports.line("rdfs:comment", in_quotes("The host's tempo."));
+    ports.line("atom:bufferType", "atom:Sequence");
+    ports.line("atom:supports", "time:Position");
+    ports.line("lv2:designation", "lv2:control");
+    ports.line("lv2:portProperty", "lv2:connectionOptional");
+}
+
+void write_range(port_writer& ports, double low, double high) {
+    ports.line("lv2:minimum", decimal(low));
+    ports.line("lv2:maximum", decimal(high));
+}
+
+void write_unit(port_writer& ports, std::string_view unit) {
+    if (const std::string_view known = unit_of(unit); !known.empty())
+        ports.line("units:unit", known);
+}
+
+void write_control_port(port_writer& ports, const control_port& port) {
+    ports.begin("lv2:InputPort , lv2:ControlPort", port.symbol, port.name);
+    ports.line("lv2:shortName", in_quotes(port.short_name));
+    ports.line("rdfs:comment", in_quotes(port.comment));
+    ports.line("lv2:portProperty", "lv2:connectionOptional");
+    ports.line("lv2:default", decimal(port.standard));
+    write_range(ports, port.low, port.high);
+    write_unit(ports, port.unit);
+    if (port.kind == attribute_kind::toggle) ports.line("lv2:portProperty", "lv2:toggled");
+    if (port.kind == attribute_kind::choice)
+        ports.line("lv2:portProperty", "lv2:integer , lv2:enumeration");
+    // Clicks are to be expected where an attribute of these kinds is set while sound passes.
+    if (port.kind != attribute_kind::continuous && port.own == own_control_count)
+        ports.line("lv2:portProperty", "pprops:causesArtifacts");
+    if (is_logarithmic(port)) ports.line("lv2:portProperty", "pprops:logarithmic");
+    if (port.own == enabled) ports.line("lv2:designation", "lv2:enabled");
+    for (std::size_t i = 0; i < port.value_names.size(); ++i)
+        ports.line("lv2:scalePoint", "[ rdfs:label " + in_quotes(capitalised(port.value_names[i])) +
                                          " ; rdf:value " + std::to_string(i) + " ]");
 }
 
-// Clicks are to be expected where one of these is set while sound passes.
-bool clicks(const attribute_row& row) {
-    return row.kind == attribute_kind::toggle || row.kind == attribute_kind::choice;
-}
-
-void write_control_port(port_writer& ports, control_port port) {
-    const attribute_row& row = attribute_table[port.attribute];
-    const bool toggle = row.kind == attribute_kind::toggle;
-    ports.begin("lv2:InputPort , lv2:ControlPort", symbol_of(port), label_of(port));
-    ports.line("rdfs:comment", quoted(row.info.description));
-    ports.line("lv2:portProperty", "lv2:connectionOptional");
-    ports.line("lv2:default", decimal(row.default_value));
-    ports.line("lv2:minimum", decimal(row.low));
-    ports.line("lv2:maximum", decimal(toggle ? 1.0 : row.high));
-    if (toggle) ports.line("lv2:portProperty", "lv2:toggled");
-    if (row.kind == attribute_kind::choice)
-        ports.line("lv2:portProperty", "lv2:integer , lv2:enumeration");
-    if (clicks(row)) ports.line("lv2:portProperty", "pprops:causesArtifacts");
-    if (is_logarithmic(row)) ports.line("lv2:portProperty", "pprops:logarithmic");
-    if (const std::string_view unit = unit_of(row.unit); !unit.empty())
-        ports.line("units:unit", unit);
-    if (*row.info.category != '\0') ports.line("pg:group", group_of(row.info.category));
-    write_scale_points(ports, row);
-}
-
-void write_trigger_port(port_writer& ports, const char* name, const char* comment) {
-    std::string label = name;
-    label[0] = static_cast<char>(std::toupper(static_cast<unsigned char>(label[0])));
-    ports.begin("lv2:InputPort , lv2:ControlPort", name, label);
-    ports.line("rdfs:comment", quoted(comment));
-    ports.line("lv2:default", "0");
-    ports.line("lv2:minimum", "0");
-    ports.line("lv2:maximum", "1");
+void write_trigger_port(port_writer& ports, const plain_port& port) {
+    ports.begin("lv2:InputPort , lv2:ControlPort", port.symbol, port.name);
+    ports.line("lv2:shortName", in_quotes(port.short_name));
+    ports.line("rdfs:comment", in_quotes(port.comment));
+    ports.line("lv2:default", decimal(port.low));
+    write_range(ports, port.low, port.high);
     ports.line("lv2:portProperty",
                "lv2:toggled , pprops:trigger , pprops:causesArtifacts , lv2:connectionOptional");
 }
 
-// A group for the inputs, one for the outputs, one for each category of attributes.
+void write_readout_port(port_writer& ports, const plain_port& port) {
+    ports.begin("lv2:OutputPort , lv2:ControlPort", port.symbol, port.name);
+    ports.line("lv2:shortName", in_quotes(port.short_name));
+    ports.line("rdfs:comment", in_quotes(port.comment));
+    write_range(ports, port.low, port.high);
+    write_unit(ports, port.unit);
+    ports.line("lv2:portProperty", "lv2:connectionOptional");
+}
+
+// Of the audio ports alone: a widely used framework takes every port in a group for an audio
+// channel.
 void write_groups(std::ostream& out) {
-    const auto group = [&out](const std::string& which, const char* types, std::string_view name) {
+    const auto group = [&out](const char* which, const char* types, const char* name) {
         out << '\n'
-            << which << "\n\ta " << types << " ;\n\tlv2:symbol "
-            << quoted(in_lower_case(std::string(name)) + "_group") << " ;\n\tlv2:name "
-            << quoted(name) << " .\n";
+            << uri(which) << "\n\ta " << types << " ;\n\tlv2:symbol \"" << which
+            << "_group\" ;\n\tlv2:name " << in_quotes(name) << " .\n";
     };
-    group(uri("input"), "pg:StereoGroup , pg:InputGroup", "Input");
-    group(uri("output"), "pg:StereoGroup , pg:OutputGroup", "Output");
-    std::vector<std::string_view> written{""};
-    for (const attribute_row& row : attribute_table) {
-        const std::string_view category = row.info.category;
-        if (std::find(written.begin(), written.end(), category) != written.end()) continue;
-        written.push_back(category);
-        group(group_of(category), "pg:InputGroup", category);
-    }
+    group("input", "pg:StereoGroup , pg:InputGroup", "Input");
+    group("output", "pg:StereoGroup , pg:OutputGroup", "Output");
 }
 
 }  // namespace
@@ -186,29 +193,29 @@ void write_manifest(std::ostream& out, const std::string& binary, std::span<cons
     for (const preset& p : presets)
         out << '\n'
             << uri("preset-" + p.name) << "\n\ta pset:Preset ;\n\tlv2:appliesTo " << uri()
-            << " ;\n\trdfs:label " << quoted(p.title) << " ;\n\trdfs:seeAlso <presets.ttl> .\n";
+            << " ;\n\trdfs:label " << in_quotes(p.title) << " ;\n\trdfs:seeAlso <presets.ttl> .\n";
 }
 
 void write_plugin(std::ostream& out, const version& of_project) {
     out << prefixes << '\n'
         << uri("project") << "\n\ta doap:Project ;\n\tdoap:name \"Vesk\" ;\n"
-        << "\tdoap:maintainer [ foaf:name " << quoted(class_metadata::author) << " ] .\n";
+        << "\tdoap:maintainer [ foaf:name " << in_quotes(class_metadata::author) << " ] .\n";
     write_groups(out);
     out << '\n'
         << uri() << "\n\ta lv2:Plugin , lv2:DelayPlugin ;\n\tdoap:name \"Vesk\" ;\n"
-        << "\trdfs:comment " << quoted(class_metadata::description) << " ;\n"
+        << "\trdfs:comment " << in_quotes(class_metadata::description) << " ;\n"
         << "\tlv2:project " << uri("project") << " ;\n"
         << "\tlv2:minorVersion " << 2 * (100 * of_project.major + of_project.minor) << " ;\n"
         << "\tlv2:microVersion " << 2 * of_project.patch << " ;\n"
-        << "\tlv2:optionalFeature lv2:hardRTCapable ;\n"
+        << "\tlv2:optionalFeature lv2:hardRTCapable , urid:map ;\n"
         << "\tpg:mainInput " << uri("input") << " ;\n"
         << "\tpg:mainOutput " << uri("output") << " ;\n";
     port_writer ports(out);
     write_audio_ports(ports);
-    for (const control_port port : control_ports()) write_control_port(ports, port);
-    write_trigger_port(ports, trigger_names[clear], "Empties the delay lines and the reverb.");
-    write_trigger_port(ports, trigger_names[reset],
-                       "Returns the whole effect to its initial state; settings stay.");
+    write_event_port(ports);
+    for (const control_port& port : control_ports()) write_control_port(ports, port);
+    for (const plain_port& port : trigger_ports) write_trigger_port(ports, port);
+    for (const plain_port& port : readout_ports) write_readout_port(ports, port);
     ports.end();
 }
 
@@ -217,12 +224,17 @@ void write_presets(std::ostream& out, std::span<const preset> presets) {
     for (const preset& p : presets) {
         out << '\n'
             << uri("preset-" + p.name) << "\n\ta pset:Preset ;\n\tlv2:appliesTo " << uri()
-            << " ;\n\trdfs:label " << quoted(p.title) << " ;\n\trdfs:comment "
-            << quoted(p.description) << " ;\n\tlv2:port ";
+            << " ;\n\trdfs:label " << in_quotes(p.title) << " ;\n\trdfs:comment "
+            << in_quotes(p.description) << " ;\n\tlv2:port ";
         const char* between = "";
-        for (const control_port port : control_ports()) {
-            out << between << "[ lv2:symbol " << quoted(symbol_of(port)) << " ; pset:value "
-                << decimal(p.values[port.attribute][port.element]) << " ]";
+        for (const control_port& port : control_ports()) {
+            // Whether the effect is on at all is not for a preset to say.
+            if (port.own == enabled) continue;
+            const double value = port.own == own_control_count
+                                     ? p.values[port.attribute][port.element]
+                                     : port.standard;
+            out << between << "[ lv2:symbol " << in_quotes(port.symbol) << " ; pset:value "
+                << decimal(value) << " ]";
             between = " ,\n\t\t";
         }
         out << " .\n";

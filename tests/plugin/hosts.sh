@@ -36,8 +36,11 @@ grep -q '^Found 0 errors' validated || fail "the validator found errors"
   fail "the validator warned"
 
 for text in "$bundle"/vesk.ttl; do
-  twice=$(sed -n 's/.*lv2:symbol "\(.*\)".*/\1/p' "$text" | sort | uniq -d)
-  [ -z "$twice" ] || fail "symbols of two ports or groups: $twice"
+  for property in symbol name shortName; do
+    twice=$(sed -n "s/.*lv2:$property \"\(.*\)\".*/\1/p" "$text" | sort | uniq -d)
+    [ -z "$twice" ] || fail "$property of two ports or groups: $twice"
+  done
+  ! grep -E 'lv2:shortName ".{17,}"' "$text" >&2 || fail "a short name of over 16 characters"
   ! grep -E 'lv2:(minor|micro)Version [0-9]*[13579] ' "$text" >&2 || fail "a version under development"
 done
 
@@ -49,18 +52,19 @@ export LV2_PATH=$bundles
 # The name of its class stands with LV2's own bundles.
 LV2_PATH=$bundles:/usr/lib/lv2 lv2info $uri >info 2>warnings || fail "lv2info failed"
 [ ! -s warnings ] || { cat warnings >&2; fail "lv2info warned"; }
-# A port an attribute, two a list, four of audio, two triggers; the renderer lists the attributes.
+# A port an attribute, two a list, of audio four, of events one, seven of the plugin's own (three of
+# them note values), two triggers, six readouts; the renderer lists the attributes.
 "$vesk" attributes --json >attributes
 of() { grep -c "\"type\": *\"$1\"" attributes || true; }
 shows() { [ "$(grep -c "$1" info)" = "$2" ] || fail "lv2info shows $(grep -c "$1" info) of $1, expected $2"; }
-shows $'^\tPort [0-9]*:' $(($(of number) + 2 * $(of list) + $(of toggle) + $(of choice) + 6))
+shows $'^\tPort [0-9]*:' $(($(of number) + 2 * $(of list) + $(of toggle) + $(of choice) + 20))
 shows '#AudioPort' 4
-shows '#toggled' $(($(of toggle) + 2))
-shows '#enumeration' "$(of choice)"
+shows '#toggled' $(($(of toggle) + 6))
+shows '#enumeration' $(($(of choice) + 3))
 shows '#hardRTCapable' 1
 shows 'Class: *Delay Plugin' 1
 delay=$(sed -n '/Symbol: *delay_right$/,/^$/p' info | tr -s '\t ' ' ')
-for line in 'Name: Delay times, right' 'Minimum: 0.001' 'Maximum: 5.0' 'Default: 0.375' 'http://lv2plug.in/ns/ext/port-props#logarithmic'; do
+for line in 'Name: Delay time right' 'Minimum: 0.001' 'Maximum: 5.0' 'Default: 0.375' 'http://lv2plug.in/ns/ext/port-props#logarithmic'; do
   grep -q "$line" <<<"$delay" || fail "delay_right shows no $line"
 done
 

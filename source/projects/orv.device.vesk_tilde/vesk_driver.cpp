@@ -16,4 +16,11 @@ vesk_driver::vesk_driver(double rate) : core(rate, attribute_table) {
         if (attribute_table[i].kind != attribute_kind::continuous) core.restore(i);
 }
 
+void vesk_driver::start() {
+    double* const channels[2] = {};
+    const signal_bundle no_frames{channels, 2, 0};
+    core.perform(no_frames, no_frames);  // takes the changes
+    core.request_reset();                // in their place the read heads start
+}
+
 }  // namespace kv7::orv

@@ -25,6 +25,11 @@ public:
     }
     void prepare(double rate) { core.prepare(rate); }
 
+    // Audio thread, before the first vector of a rate: the values set so far then sound from its
+    // first sample. Else the first vector starts with a crossfade or a glide there from the
+    // engine's initial delay.
+    void start();
+
     vesk_core core;
 };
 
