@@ -147,6 +147,12 @@ control_port port_of_own(const entry& e) {
                       .high = 1.0,
                       .unit = "",
                       .own = e.own};
+    if (e.own == enabled) {
+        // Not a toggle: a widely used framework starts every toggle as off, and then plays nothing
+        // but the dry input.
+        made.kind = attribute_kind::choice;
+        made.value_names = {"Off", "On"};
+    }
     if (e.own == division_left || e.own == division_right || e.own == mod_division) {
         made.kind = attribute_kind::choice;
         made.high = static_cast<double>(note_values.size() - 1);
