@@ -1,5 +1,6 @@
 #include "tools/player.h"
 
+#include <algorithm>
 #include <array>
 #include <string>
 
@@ -8,12 +9,15 @@
 
 namespace program {
 
-player::player(tesk::instance& effect, score& events, int vector_size)
+player::player(const tesk::class_info& of_class, tesk::instance& effect, score& events,
+               int vector_size)
     : effect_(effect),
       events_(events),
       vector_size_(static_cast<std::size_t>(vector_size)),
       left_(vector_size_),
-      right_(vector_size_) {}
+      right_(vector_size_),
+      started_(std::none_of(of_class.methods.begin(), of_class.methods.end(),
+                            [](const tesk::method_info& m) { return m.name == "reset"; })) {}
 
 void player::play(const float* in, int channels, float* out) {
     tesk::host::the().serve();

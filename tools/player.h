@@ -14,11 +14,13 @@ namespace program {
 // events are sent.
 class player {
 public:
-    player(tesk::instance& effect, score& events, int vector_size);
+    // effect: of that class.
+    player(const tesk::class_info& of_class, tesk::instance& effect, score& events,
+           int vector_size);
 
     // Plays one vector of interleaved frames. out has two channels; a single input channel goes to
-    // both inlets. What is set by the first frame sounds from there, without fade or glide. Throws
-    // failure when the object refuses a message.
+    // both inlets. What is set by the first frame sounds from there, without fade or glide, if the
+    // object can be reset. Throws failure when the object refuses a message.
     void play(const float* in, int channels, float* out);
 
     std::int64_t position() const { return position_; }  // frames played
@@ -33,7 +35,7 @@ private:
     std::vector<double> left_;
     std::vector<double> right_;
     std::int64_t position_ = 0;
-    bool started_ = false;
+    bool started_;
 };
 
 }  // namespace program

@@ -20,6 +20,12 @@ preset_title title_of(std::string_view line) {
     return {std::string(title), std::string(trimmed(line.substr(colon + 1)))};
 }
 
+// Empty where the line names none.
+std::string category_of(std::string_view line) {
+    constexpr std::string_view begin = "# Category:";
+    return line.starts_with(begin) ? std::string(trimmed(line.substr(begin.size()))) : "";
+}
+
 // Calls take with the text and the number of every line after the first, without comments.
 preset_title read_lines(const std::string& file,
                         const std::function<void(std::string_view, std::size_t)>& take) {
@@ -28,6 +34,8 @@ preset_title read_lines(const std::string& file,
     for_each_line(file, [&](std::string_view line) {
         if (++number == 1)
             title = title_of(line);
+        else if (number == 2 && line.starts_with('#'))
+            title.category = category_of(line);
         else if (line = trimmed(line.substr(0, line.find('#'))); !line.empty())
             take(line, number);
     });

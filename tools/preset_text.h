@@ -1,6 +1,8 @@
 // Reads a preset for the renderer and for the plugin: a text file in UTF-8 with a title in its
-// first line and one setting per line. What is not certain to be what its author meant is an error.
+// first line, a category in the second and one setting per line. What is not certain to be what its
+// author meant is an error.
 //   # Title: what it is
+//   # Category: Echo
 //   delay 0.25 0.5  # a comment
 #pragma once
 
@@ -21,6 +23,7 @@ struct preset_setting {
 struct preset_title {
     std::string title;        // up to the colon
     std::string description;  // after it; may be empty
+    std::string category{};   // may be empty
 };
 
 struct preset_text {

@@ -35,7 +35,7 @@ quiet_twin::quiet_twin(const tesk::class_info& of_class, std::vector<message> se
     : effect_(make_effect(of_class, without_noise(std::move(settings)), rate, vector_size, seed)),
       events_(events.without(noise)),
       out_(2 * static_cast<std::size_t>(vector_size)),
-      player_(*effect_, events_, vector_size) {}
+      player_(of_class, *effect_, events_, vector_size) {}
 
 const float* quiet_twin::play(const float* in, int channels) {
     player_.play(in, channels, out_.data());

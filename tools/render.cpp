@@ -194,7 +194,7 @@ rendering render_file(const render_options& options, const tesk::class_info& of_
     if (max_frames) *max_frames += std::llround(options.tail.value_or(tail::max_seconds) * rate);
     output_file output(options.output, format, rate, options.force, max_frames, options.dither);
     output.set(input.tags());
-    player effect_player(*effect, plan.events, options.vector_size);
+    player effect_player(of_class, *effect, plan.events, options.vector_size);
     rendition all{options,
                   input,
                   output,

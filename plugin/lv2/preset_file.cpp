@@ -47,7 +47,7 @@ preset read_preset(const std::filesystem::path& file) {
     std::vector<program::value_attribute> attributes;
     for (const attribute_row& row : attribute_table) attributes.push_back(value_attribute_of(row));
     const program::preset_text text = program::read_preset_text(file.string(), attributes);
-    preset made{name_of(file), text.title.title, text.title.description, {}};
+    preset made{name_of(file), text.title.title, text.title.description, text.title.category, {}};
     for (std::size_t i = 0; i < attribute_count; ++i)
         made.values[i].fill(attribute_table[i].default_value);
     for (const program::preset_setting& setting : text.settings) {

@@ -13,6 +13,7 @@ struct preset {
     std::string name;         // of the file, without folder and suffix; part of a URI
     std::string title;        // of the first line, up to the colon
     std::string description;  // of the first line, after it
+    std::string category;     // of the second line; may be empty
     // The default where the file sets nothing; of a list both elements, else the first.
     std::array<std::array<double, list_length>, attribute_count> values;
 };

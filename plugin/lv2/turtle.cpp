@@ -5,6 +5,7 @@
 #include <charconv>
 #include <iterator>
 #include <string_view>
+#include <vector>
 
 #include "port_list.h"
 
@@ -184,6 +185,16 @@ void write_groups(std::ostream& out) {
     group("output", "pg:StereoGroup , pg:OutputGroup", "Output");
 }
 
+// Hosts show the presets of a bank under its label.
+std::string bank_uri(const preset& p) {
+    std::string name = "bank-" + p.category;
+    std::replace(name.begin(), name.end(), ' ', '-');
+    return uri(name);
+}
+std::string bank_of(const preset& p) {
+    return p.category.empty() ? "" : " ;\n\tpset:bank " + bank_uri(p);
+}
+
 }  // namespace
 
 void write_manifest(std::ostream& out, const std::string& binary, std::span<const preset> presets) {
@@ -193,7 +204,16 @@ void write_manifest(std::ostream& out, const std::string& binary, std::span<cons
     for (const preset& p : presets)
         out << '\n'
             << uri("preset-" + p.name) << "\n\ta pset:Preset ;\n\tlv2:appliesTo " << uri()
-            << " ;\n\trdfs:label " << in_quotes(p.title) << " ;\n\trdfs:seeAlso <presets.ttl> .\n";
+            << " ;\n\trdfs:label " << in_quotes(p.title) << bank_of(p)
+            << " ;\n\trdfs:seeAlso <presets.ttl> .\n";
+    std::vector<std::string> banks;
+    for (const preset& p : presets) {
+        if (p.category.empty() || std::find(banks.begin(), banks.end(), p.category) != banks.end())
+            continue;
+        banks.push_back(p.category);
+        out << '\n'
+            << bank_uri(p) << "\n\ta pset:Bank ;\n\trdfs:label " << in_quotes(p.category) << " .\n";
+    }
 }
 
 void write_plugin(std::ostream& out, const version& of_project) {
@@ -224,7 +244,7 @@ void write_presets(std::ostream& out, std::span<const preset> presets) {
     for (const preset& p : presets) {
         out << '\n'
             << uri("preset-" + p.name) << "\n\ta pset:Preset ;\n\tlv2:appliesTo " << uri()
-            << " ;\n\trdfs:label " << in_quotes(p.title) << " ;\n\trdfs:comment "
+            << " ;\n\trdfs:label " << in_quotes(p.title) << bank_of(p) << " ;\n\trdfs:comment "
             << in_quotes(p.description) << " ;\n\tlv2:port ";
         const char* between = "";
         for (const control_port& port : control_ports()) {
