@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <array>
 #include <filesystem>
+#include <functional>
+#include <utility>
 
 #include "tools/failure.h"
 #include "tools/output_format.h"
@@ -19,7 +21,7 @@ constexpr int max_vector_size = 8192;  // frames
 constexpr int max_jobs = 256;
 constexpr int max_channel = 1024;
 constexpr double max_tail = 86400;  // s
-constexpr std::array subcommands{"render", "attributes", "presets"};
+constexpr std::array subcommands{"render", "picture", "attributes", "presets"};
 
 // Numbers as text: the library would convert them by the locale.
 struct number_texts {
@@ -31,28 +33,27 @@ struct number_texts {
     std::string channels;
 };
 
-void add_render(CLI::App& app, render_options& options, number_texts& numbers) {
-    CLI::App& render = *app.add_subcommand("render", "Plays INPUT through the effect into OUTPUT");
-    render
-        .add_option("INPUT", options.input,
-                    "Sound file; - for standard input; with --into also a folder")
-        ->type_name("");
-    render
-        .add_option("OUTPUT", options.output,
-                    "File to write: " + output_suffixes() + "; - for standard output")
-        ->type_name("");
-    const auto repeatable = [&render](const char* name, std::vector<std::string>& into,
-                                      const char* help) {
-        return render.add_option(name, into, help)->allow_extra_args(false);
+using string_option = std::function<CLI::Option*(const char*, std::string&, const char*)>;
+
+// An option whose last value counts.
+string_option once_in(CLI::App& command) {
+    return [&command](const char* name, std::string& into, const char* help) {
+        return command.add_option(name, into, help)
+            ->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
+    };
+}
+
+// What is played, and how; for every command that plays.
+void add_playing(CLI::App& command, render_options& options, number_texts& numbers) {
+    const auto once = once_in(command);
+    const auto repeatable = [&command](const char* name, std::vector<std::string>& into,
+                                       const char* help) {
+        return command.add_option(name, into, help)->allow_extra_args(false);
     };
     repeatable("--set", options.settings, "Set an attribute before the start; repeatable")
         ->type_name("NAME=VALUE");
     repeatable("--at", options.events, "Send a message at this time; repeatable")
         ->type_name("\"SECONDS MESSAGE\"");
-    const auto once = [&render](const char* name, std::string& into, const char* help) {
-        return render.add_option(name, into, help)
-            ->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
-    };
     repeatable("--score", options.scores,
                "Read messages from FILE, SECONDS MESSAGE a line; repeatable")
         ->type_name("FILE");
@@ -64,18 +65,39 @@ void add_render(CLI::App& app, render_options& options, number_texts& numbers) {
          "[auto]")
         ->type_name("SECONDS|auto");
     once("--bpm", numbers.bpm, "Tempo of note values, as delay=1/8.,1/4t")->type_name("BPM");
+    once("--channels", numbers.channels, "Channels of INPUT to play, from 1 on [all of 1 or 2]")
+        ->type_name("A[,B]");
+    once("--seed", numbers.seed, "Make what is random the same on every run")->type_name("N");
+    once("--object", options.object, "Play through this object file")->type_name("PATH");
+    command.add_flag("--clamp", options.clamp,
+                     "Clamp values out of range, with a warning, instead of refusing them");
+    command.add_flag("--partial", options.partial,
+                     "Of a damaged INPUT play what can be read, into NAME.partial.wav");
+    command.add_flag("--force", options.force, "Replace what is written if it is there");
+    command.add_flag("--quiet", options.quiet, "No progress and no summary");
+}
+
+void add_render(CLI::App& app, render_options& options, number_texts& numbers) {
+    CLI::App& render = *app.add_subcommand("render", "Plays INPUT through the effect into OUTPUT");
+    render
+        .add_option("INPUT", options.input,
+                    "Sound file; - for standard input; with --into also a folder")
+        ->type_name("");
+    render
+        .add_option("OUTPUT", options.output,
+                    "File to write: " + output_suffixes() + "; - for standard output")
+        ->type_name("");
+    add_playing(render, options, numbers);
+    const auto once = once_in(render);
     once("--format", options.format, "Of the standard output: wav, or raw for samples alone [wav]")
         ->type_name("wav|raw");
     once("--subtype", options.subtype,
          "Sample type: float, 24 or 16 [float; 24 for FLAC]; none for .ogg, .opus, .mp3")
         ->type_name("TYPE");
     render.add_flag("!--no-dither", options.dither, "Without dither for samples of 16 bits");
-    once("--channels", numbers.channels, "Channels of INPUT to play, from 1 on [all of 1 or 2]")
-        ->type_name("A[,B]");
-    once("--picture", options.picture, "Draw input, output and events into FILE, .png or .svg")
+    once("--picture", options.picture,
+         "Draw levels, spectrum, delay times and events into FILE, .png or .svg")
         ->type_name("FILE");
-    once("--seed", numbers.seed, "Make what is random the same on every run")->type_name("N");
-    once("--object", options.object, "Play through this object file")->type_name("PATH");
     once("--list", options.list, "Render every line INPUT, tab, OUTPUT [, tab, SETTINGS] of FILE")
         ->type_name("FILE|-");
     once("--into", options.into, "Write every sound file of INPUT into DIR, under its name")
@@ -85,12 +107,14 @@ void add_render(CLI::App& app, render_options& options, number_texts& numbers) {
     render.add_flag("--skip-existing", options.skip_existing,
                     "Of a list or folder, leave outputs that are there");
     render.add_flag("--json", options.json, "Print one JSON object for each file");
-    render.add_flag("--clamp", options.clamp,
-                    "Clamp values out of range, with a warning, instead of refusing them");
-    render.add_flag("--partial", options.partial,
-                    "Of a damaged INPUT keep what can be read, as NAME.partial.wav");
-    render.add_flag("--force", options.force, "Replace OUTPUT and picture if they are there");
-    render.add_flag("--quiet", options.quiet, "No progress and no summary");
+}
+
+void add_picture(CLI::App& app, render_options& options, number_texts& numbers) {
+    CLI::App& picture =
+        *app.add_subcommand("picture", "Plays INPUT through the effect and draws what comes out");
+    picture.add_option("INPUT", options.input, "Sound file; - for standard input")->type_name("");
+    picture.add_option("PICTURE", options.picture, "File to write: .png or .svg")->type_name("");
+    add_playing(picture, options, numbers);
 }
 
 void read_numbers(const number_texts& texts, render_options& options) {
@@ -185,6 +209,9 @@ options read_command_line(int count, const char* const* words) {
     render_options render;
     number_texts numbers;
     add_render(app, render, numbers);
+    render_options picture;
+    number_texts picture_numbers;
+    add_picture(app, picture, picture_numbers);
     attributes_options attributes;
     CLI::App& list = *app.add_subcommand("attributes", "Prints every attribute of the effect");
     list.add_flag("--json", attributes.json, "Print as JSON");
@@ -226,6 +253,13 @@ options read_command_line(int count, const char* const* words) {
     }
     if (app.got_subcommand("attributes")) return attributes;
     if (app.got_subcommand("presets")) return presets_options{};
+    if (app.got_subcommand("picture")) {
+        read_numbers(picture_numbers, picture);
+        for (const auto& [value, name] :
+             {std::pair(&picture.input, "INPUT"), std::pair(&picture.picture, "PICTURE")})
+            if (value->empty()) throw usage_error(std::string(name) + " is required");
+        return picture;
+    }
     read_numbers(numbers, render);
     check_files(render);
     return render;

@@ -23,7 +23,7 @@ struct text_options {
 // The options of the subcommand to run.
 using options = std::variant<render_options, attributes_options, presets_options, text_options>;
 
-// What error texts begin with: "render", "attributes" or "presets", else "vesk".
+// What error texts begin with: "render", "picture", "attributes" or "presets", else "vesk".
 std::string subcommand_of(int count, const char* const* words);
 
 options read_command_line(int count, const char* const* words);  // throws usage_error

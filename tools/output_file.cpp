@@ -36,8 +36,27 @@ SF_VIRTUAL_IO file_calls() {
     return calls;
 }
 
+// Of a rendering of which only the picture is wanted.
+class no_bytes : public byte_sink {
+public:
+    std::int64_t write(const void*, std::int64_t count) noexcept override {
+        size_ += count;
+        return count;
+    }
+    std::int64_t read(void*, std::int64_t) noexcept override { return 0; }
+    std::int64_t seek(std::int64_t, int) noexcept override { return size_; }
+    std::int64_t size() noexcept override { return size_; }
+    int error() const override { return 0; }
+    std::string text_of(int) const override { return ""; }
+    void finish_as(const std::string&) override {}
+
+private:
+    std::int64_t size_ = 0;
+};
+
 std::unique_ptr<byte_sink> sink_of(const std::string& path, const output_format& format, int rate,
                                    bool replace) {
+    if (path.empty()) return std::make_unique<no_bytes>();
     if (path != "-") return std::make_unique<unfinished_file>(path, replace);
     auto stream = std::make_unique<output_stream>();
     if (format.has_wav_header) stream->write_wav_header(rate, channels, format.bits);

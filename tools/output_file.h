@@ -17,9 +17,9 @@ namespace program {
 
 class output_file {
 public:
-    // path: "-" is the standard output. max_frames: an upper bound of the length, if known. A WAV
-    // file that may grow above 4 GiB becomes RF64, the same with lengths of 64 bits, if it does.
-    // dithered: if of 16 bits.
+    // path: "-" is the standard output, "" no output at all. max_frames: an upper bound of the
+    // length, if known. A WAV file that may grow above 4 GiB becomes RF64, the same with lengths of
+    // 64 bits, if it does. dithered: if of 16 bits.
     output_file(const std::string& path, const output_format& format, int rate, bool replace,
                 std::optional<std::int64_t> max_frames, bool dithered = true);
     ~output_file();

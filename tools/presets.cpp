@@ -49,6 +49,10 @@ std::vector<listed_preset> list_presets() {
     return presets;
 }
 
+preset_title title_of_preset(const std::string& name_or_file) {
+    return read_preset_title(file_of(name_or_file).string());
+}
+
 std::vector<message> read_preset(const tesk::class_info& of_class, const std::string& name_or_file,
                                  const value_rules& rules) {
     std::vector<value_attribute> attributes;

@@ -17,6 +17,8 @@ struct listed_preset {
 
 std::vector<listed_preset> list_presets();  // those of the package, by name; throws failure
 
+preset_title title_of_preset(const std::string& name_or_file);  // as read_preset finds it
+
 // By name, or a file when it has a slash or ends in .txt. Lists come first, as in the plugin: with
 // repitch on, the tape head then starts on the delay time and doesn't glide to it.
 // Throws usage_error for an unknown name or malformed text, failure for a file that can't be read.

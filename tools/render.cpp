@@ -7,6 +7,7 @@
 #include <iostream>
 #include <memory>
 #include <optional>
+#include <random>
 
 #include "tools/effect.h"
 #include "tools/failure.h"
@@ -14,7 +15,9 @@
 #include "tools/output_file.h"
 #include "tools/output_path.h"
 #include "tools/package.h"
-#include "tools/picture.h"
+#include "tools/picture/delay_track.h"
+#include "tools/picture/picture.h"
+#include "tools/picture/picture_texts.h"
 #include "tools/player.h"
 #include "tools/progress.h"
 #include "tools/quiet_twin.h"
@@ -29,6 +32,11 @@ namespace program {
 
 namespace {
 
+// What the rendering makes: the sound, or the picture alone.
+const std::string& result_of(const render_options& options) {
+    return options.output.empty() ? options.picture : options.output;
+}
+
 constexpr double nearly_all = 0.99;  // of a silent output that the summary mentions
 
 void warn_on_terminal(const std::string& text) {
@@ -42,8 +50,9 @@ struct rendition {
     output_file& output;
     player& effect_player;
     tesk::instance& effect;
-    quiet_twin* twin;  // null without noise
-    picture* drawn;    // null without a picture
+    quiet_twin* twin;     // null without noise
+    picture* drawn;       // null without a picture
+    delay_track* delays;  // null without one, or where it does not know the object
     tail ending;
     silence_meter silence_in;
     silence_meter silence_out;
@@ -82,6 +91,7 @@ void play_all(rendition& r) {
             const float* const vector_in = &in[static_cast<std::size_t>(offset * channels)];
             float* const vector_out = &out[static_cast<std::size_t>(offset * 2)];
             r.effect_player.play(vector_in, channels, vector_out);
+            if (r.delays != nullptr) r.delays->play(vector_in, channels);
             const float* const quiet =
                 r.twin != nullptr ? r.twin->play(vector_in, channels) : vector_out;
             r.ending.measure(listen_to_twin ? quiet : vector_out, vector);
@@ -99,7 +109,7 @@ void warn_about(const rendition& r, const score& events, const warning& warn) {
     const std::string& in = r.input.shown_name();
     if (const std::string damage = r.input.damage(); !damage.empty())
         warn(in + ": " + damage + "; played what can be read, into " +
-             partial_path(r.options.output));
+             (r.options.output.empty() ? r.options.picture : partial_path(r.options.output)));
     if (r.input.not_finite() > 0)
         warn(in + ": " + counted(r.input.not_finite(), "sample is", "samples are") +
              " not finite, taken as 0");
@@ -114,7 +124,7 @@ void warn_about(const rendition& r, const score& events, const warning& warn) {
              " s; a longer --tail reaches it");
     }
     if (r.ending.cut())
-        warn(r.options.output + ": still sounding when the automatic tail ended after " +
+        warn(result_of(r.options) + ": still sounding when the automatic tail ended after " +
              number_text(tail::max_seconds) + " s; --tail SECONDS plays longer");
     if (r.output.clipped() > 0)
         warn(counted(r.output.clipped(), "sample", "samples") + " beyond full scale cut to it; " +
@@ -156,21 +166,22 @@ void print_summary(const rendering& done) {
 }  // namespace
 
 void check_paths(const render_options& options) {
-    check_output_path(options.output, options.input, options.force);
-    if (options.partial)
+    if (!options.output.empty()) check_output_path(options.output, options.input, options.force);
+    if (options.partial && !options.output.empty())
         check_output_path(partial_path(options.output), options.input, options.force);
     if (options.picture.empty()) return;
-    picture(options.picture);  // its suffix
+    picture::check_suffix(options.picture);
     check_output_path(options.picture, options.input, options.force);
-    if (std::filesystem::weakly_canonical(options.picture) ==
-        std::filesystem::weakly_canonical(options.output))
+    if (!options.output.empty() && std::filesystem::weakly_canonical(options.picture) ==
+                                       std::filesystem::weakly_canonical(options.output))
         throw usage_error("--picture " + options.picture +
                           ": is OUTPUT too, expected another file");
 }
 
 rendering render_file(const render_options& options, const tesk::class_info& of_class,
                       const warning& warn) {
-    const output_format format = options.output == "-"
+    const output_format format = options.output.empty() ? stream_format_of("raw", "")
+                                 : options.output == "-"
                                      ? stream_format_of(options.format, options.subtype)
                                      : output_format_of(options.output, options.subtype);
     input_file input(options.input, options.channels);
@@ -178,16 +189,24 @@ rendering render_file(const render_options& options, const tesk::class_info& of_
     render_plan plan = plan_of(options, of_class, warn);
     plan.events.schedule(rate);
 
+    // What a picture shows of the heads is played a second time, with the same random words.
+    std::optional<std::uint64_t> seed = options.seed;
+    if (!seed && !options.picture.empty()) seed = std::random_device()();
     const std::unique_ptr<tesk::instance> effect =
-        make_effect(of_class, plan.settings, rate, options.vector_size, options.seed);
+        make_effect(of_class, plan.settings, rate, options.vector_size, seed);
     if (options.seed && seeded_draws() == 0)
         warn("--seed " + std::to_string(*options.seed) + ": " + of_class.name +
              " draws no random word from the program, so the seed changes nothing");
     std::optional<quiet_twin> twin;
     if (!options.tail && quiet_twin::is_needed(plan.settings, plan.events))
-        twin.emplace(of_class, plan.settings, plan.events, rate, options.vector_size, options.seed);
+        twin.emplace(of_class, plan.settings, plan.events, rate, options.vector_size, seed);
     std::optional<picture> drawn;
-    if (!options.picture.empty()) drawn.emplace(options.picture);
+    std::optional<delay_track> delays;
+    if (!options.picture.empty()) {
+        drawn.emplace(options.picture, rate);
+        if (delay_track::knows(of_class.name))
+            delays.emplace(plan.settings, plan.events, rate, options.vector_size, seed);
+    }
 
     const auto began = std::chrono::steady_clock::now();
     std::optional<std::int64_t> max_frames = input.header_frames();
@@ -202,16 +221,20 @@ rendering render_file(const render_options& options, const tesk::class_info& of_
                   *effect,
                   twin ? &*twin : nullptr,
                   drawn ? &*drawn : nullptr,
+                  delays ? &*delays : nullptr,
                   tail(options.tail, silence_to_wait(plan, of_class), rate),
                   {},
                   {}};
     play_all(all);
     rendering done;
-    done.output = input.damage().empty() ? options.output : partial_path(options.output);
+    done.output = input.damage().empty() || options.output.empty() ? result_of(options)
+                                                                   : partial_path(options.output);
     output.finish_as(done.output);
     done.wall_time =
         std::chrono::duration<double>(std::chrono::steady_clock::now() - began).count();
-    if (drawn) drawn->write(rate, output.frames(), plan.events);
+    if (drawn)
+        drawn->write(texts_of(options.preset, plan, of_class),
+                     delays ? &delays->over_time() : nullptr);
     warn_about(all, plan.events, warn);
     done.frames = output.frames();
     done.rate = rate;

@@ -10,7 +10,7 @@ namespace program {
 
 struct render_options {
     std::string input;                  // "-" is the standard input
-    std::string output;                 // "-" is the standard output
+    std::string output;                 // "-" is the standard output; "": the picture alone
     std::string format = "wav";         // of the standard output: "wav" or "raw"
     std::string object;                 // file; "" for the one of the package
     std::string preset;                 // name or file; "" for none

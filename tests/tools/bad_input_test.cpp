@@ -147,8 +147,9 @@ TEST_F(BadInput, EndsWithOneLineAndLeavesNothing) {
     for (const char* words : {"", "play"}) {
         const outcome ended = vesk(words);
         EXPECT_EQ(ended.exit, 2) << words;
-        EXPECT_NE(ended.err.find("expected one of render, attributes, presets; vesk help shows"),
-                  std::string::npos)
+        EXPECT_NE(
+            ended.err.find("expected one of render, picture, attributes, presets; vesk help shows"),
+            std::string::npos)
             << ended.err;
     }
     EXPECT_EQ(vesk("presets >/dev/full;exit $?; :").exit, 1) << "a listing that can't be written";
