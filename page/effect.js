@@ -72,6 +72,18 @@ export class Effect {
     this.calls.jump_to(attribute, values.length, values[0] ?? 0, values[1] ?? 0);
   }
 
+  /**
+   * Sets everything without a ramp, before the first block. The delay times come first: a tape head
+   * then starts on them and does not glide there from the default.
+   * @param {ArrayLike<number>[]} values of all attributes, in the order of their indices
+   */
+  jumpToAll(values) {
+    for (const lists of [true, false])
+      values.forEach((v, i) => {
+        if (v.length > 1 === lists) this.jumpTo(i, v);
+      });
+  }
+
   clear() {
     this.calls.clear();
   }
