@@ -7,19 +7,19 @@ export class Canvas {
     this.pen = /** @type {CanvasRenderingContext2D} */ (element.getContext('2d'));
     this.width = 0; // CSS pixels
     this.height = 0;
-    this.readColours();
+    this.colours = this.presentColours();
     new ResizeObserver(() => this.fit()).observe(element);
     for (const query of ['(prefers-color-scheme: dark)', '(prefers-contrast: more)'])
-      matchMedia(query).addEventListener('change', () => this.readColours());
+      matchMedia(query).addEventListener('change', () => (this.colours = this.presentColours()));
     this.fit();
   }
 
   /** @private */
-  readColours() {
+  presentColours() {
     const style = getComputedStyle(this.element);
     /** @param {string} name */
     const colour = (name) => style.getPropertyValue(`--${name}`).trim();
-    this.colours = {
+    return {
       grid: colour('grid'),
       text: colour('muted'),
       input: colour('input'),

@@ -18,12 +18,8 @@ export class EnvelopeDisplay {
     const { canvas } = this;
     const { colours } = canvas;
     canvas.clear();
-    for (const db of [-40, -20, 0])
-      for (const side of [-1, 1]) {
-        const y = this.y(db, side);
-        canvas.horizontal(y);
-        if (side < 0) canvas.label(`${db} dB`.replace('-', '−'), 4, y + 12);
-      }
+    const lines = [-40, -20, 0];
+    for (const db of lines) for (const side of [-1, 1]) canvas.horizontal(this.y(db, side));
     for (let s = 2; s < historySeconds; s += 2)
       canvas.vertical(canvas.width * (1 - s / historySeconds), `−${s} s`);
     this.fill(now, 0, -1, colours.input);
@@ -31,6 +27,7 @@ export class EnvelopeDisplay {
     this.fill(now, 2, -1, colours.left);
     this.fill(now, 3, 1, colours.right);
     canvas.horizontal(canvas.height / 2);
+    for (const db of lines) canvas.label(`${db} dB`.replace('-', '−'), 4, this.y(db, -1) + 12);
     canvas.label('L', canvas.width - 12, 14);
     canvas.label('R', canvas.width - 12, canvas.height - 6);
   }

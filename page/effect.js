@@ -29,6 +29,10 @@ export class Effect {
     calls = new WebAssembly.Instance(module, imports).exports;
     calls._initialize();
     /** @private */ this.calls = calls;
+    this.maxFrames = 0;
+    /** Views of the module's memory; left, right. @private */
+    this.in = [new Float64Array(), new Float64Array()];
+    /** @private */ this.out = this.in;
     this.prepare(rate);
   }
 
@@ -44,8 +48,8 @@ export class Effect {
     /** @param {number} pointer */
     const view = (pointer) => new Float64Array(memory.buffer, pointer, frames);
     this.maxFrames = frames;
-    /** @private */ this.in = [0, 1].map((c) => view(this.calls.input_buffer(c)));
-    /** @private */ this.out = [0, 1].map((c) => view(this.calls.output_buffer(c)));
+    this.in = [0, 1].map((c) => view(this.calls.input_buffer(c)));
+    this.out = [0, 1].map((c) => view(this.calls.output_buffer(c)));
   }
 
   /**

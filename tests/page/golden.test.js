@@ -2,7 +2,7 @@
 import assert from 'node:assert/strict';
 import { readFileSync } from 'node:fs';
 import { test } from 'node:test';
-import { Effect } from '../../build/page/effect.js';
+import { Effect } from '../../page/effect.js';
 import { act, hashOf, makeInput, readScenarios } from './scenario.js';
 
 const golden = new URL('../golden/', import.meta.url);
