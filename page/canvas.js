@@ -50,11 +50,11 @@ export class Canvas {
     if (text) this.label(text, 4, y - 3);
   }
 
-  /** @param {number} x @param {string} [text] */
-  vertical(x, text) {
+  /** @param {number} x @param {string} text @param {number} y of the text */
+  vertical(x, text, y) {
     this.pen.fillStyle = this.colours.grid;
     this.pen.fillRect(Math.round(x), 0, 1, this.height);
-    if (text) this.label(text, x + 3, this.height - 4);
+    this.label(text, x + 3, y);
   }
 
   /** @param {string} text @param {number} x @param {number} y */

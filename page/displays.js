@@ -21,7 +21,7 @@ export class EnvelopeDisplay {
     const lines = [-40, -20, 0];
     for (const db of lines) for (const side of [-1, 1]) canvas.horizontal(this.y(db, side));
     for (let s = 2; s < historySeconds; s += 2)
-      canvas.vertical(canvas.width * (1 - s / historySeconds), `−${s} s`);
+      canvas.vertical(canvas.width * (1 - s / historySeconds), `−${s} s`, canvas.height - 4);
     this.fill(now, 0, -1, colours.input);
     this.fill(now, 1, 1, colours.input);
     this.fill(now, 2, -1, colours.left);
@@ -120,12 +120,6 @@ export class SpectrumDisplay {
     const { pen, width, height, colours } = canvas;
     canvas.clear();
     const octaves = Math.log(spectrumHigh / spectrumLow);
-    for (const [hz, text] of /** @type {[number, string][]} */ ([
-      [100, '100'],
-      [1000, '1 k'],
-      [10000, '10 k'],
-    ]))
-      canvas.vertical((width * Math.log(hz / spectrumLow)) / octaves, text);
     tap.getFloatFrequencyData(bins);
     const binOf = bins.length / (tap.context.sampleRate / 2); // per Hz
     pen.fillStyle = colours.left;
@@ -143,5 +137,11 @@ export class SpectrumDisplay {
     }
     pen.lineTo(width, height);
     pen.fill();
+    for (const [hz, text] of /** @type {[number, string][]} */ ([
+      [100, '100'],
+      [1000, '1 k'],
+      [10000, '10 k'],
+    ]))
+      canvas.vertical((width * Math.log(hz / spectrumLow)) / octaves, text, 12);
   }
 }
