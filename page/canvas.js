@@ -20,6 +20,7 @@ export class Canvas {
     /** @param {string} name */
     const colour = (name) => style.getPropertyValue(`--${name}`).trim();
     return {
+      back: colour('screen'),
       grid: colour('grid'),
       text: colour('muted'),
       input: colour('input'),
@@ -36,6 +37,7 @@ export class Canvas {
     this.element.width = Math.round(this.width * scale);
     this.element.height = Math.round(this.height * scale);
     this.pen.setTransform(scale, 0, 0, scale, 0, 0);
+    this.pen.lineJoin = 'round';
     this.pen.font = '11px system-ui, sans-serif';
   }
 
@@ -59,6 +61,10 @@ export class Canvas {
 
   /** @param {string} text @param {number} x @param {number} y */
   label(text, x, y) {
+    // With a rim, so that it is read on any colour.
+    this.pen.strokeStyle = this.colours.back;
+    this.pen.lineWidth = 3;
+    this.pen.strokeText(text, x, y);
     this.pen.fillStyle = this.colours.text;
     this.pen.fillText(text, x, y);
   }

@@ -22,10 +22,10 @@ export class EnvelopeDisplay {
     for (const db of lines) for (const side of [-1, 1]) canvas.horizontal(this.y(db, side));
     for (let s = 2; s < historySeconds; s += 2)
       canvas.vertical(canvas.width * (1 - s / historySeconds), `−${s} s`, canvas.height - 4);
-    this.fill(now, 0, -1, colours.input);
-    this.fill(now, 1, 1, colours.input);
-    this.fill(now, 2, -1, colours.left);
-    this.fill(now, 3, 1, colours.right);
+    this.fill(now, 0, -1, colours.input, 1);
+    this.fill(now, 1, 1, colours.input, 1);
+    this.fill(now, 2, -1, colours.left, 0.35);
+    this.fill(now, 3, 1, colours.right, 0.35);
     canvas.horizontal(canvas.height / 2);
     for (const db of lines) canvas.label(`${db} dB`.replace('-', '−'), 4, this.y(db, -1) + 12);
     canvas.label('L', canvas.width - 12, 14);
@@ -39,11 +39,15 @@ export class EnvelopeDisplay {
     return half + side * half * Math.min(Math.max((db - lowestDb) / (6 - lowestDb), 0), 1);
   }
 
-  /** @private @param {number} now @param {number} trace @param {number} side @param {string} colour */
-  fill(now, trace, side, colour) {
+  /**
+   * @private @param {number} now @param {number} trace @param {number} side
+   * @param {string} colour @param {number} opacity of the area under the line
+   */
+  fill(now, trace, side, colour, opacity) {
     const { pen, width, height } = this.canvas;
     const levels = this.history.levels[trace];
-    pen.fillStyle = colour;
+    pen.fillStyle = pen.strokeStyle = colour;
+    pen.lineWidth = 1.5;
     pen.beginPath();
     let first = NaN;
     let last = width;
@@ -52,8 +56,11 @@ export class EnvelopeDisplay {
       if (Number.isNaN(first)) pen.moveTo((first = last), height / 2);
       pen.lineTo(last, this.y(levels[index], side));
     });
+    if (opacity < 1) pen.stroke();
     pen.lineTo(last, height / 2);
+    pen.globalAlpha = opacity;
     pen.fill();
+    pen.globalAlpha = 1;
   }
 }
 
@@ -135,8 +142,13 @@ export class SpectrumDisplay {
       const level = Math.min(Math.max((db - spectrumBottom) / (spectrumTop - spectrumBottom), 0), 1);
       pen.lineTo(x, height * (1 - level));
     }
+    pen.strokeStyle = colours.left;
+    pen.lineWidth = 1.5;
+    pen.stroke();
     pen.lineTo(width, height);
+    pen.globalAlpha = 0.35;
     pen.fill();
+    pen.globalAlpha = 1;
     for (const [hz, text] of /** @type {[number, string][]} */ ([
       [100, '100'],
       [1000, '1 k'],

@@ -107,7 +107,14 @@ class Transport {
     byId('reset').addEventListener('click', () => this.player?.call('reset'));
     byId('volume').addEventListener('input', () => this.showVolume());
     this.bypassed = false;
+    this.complained = false;
     this.showVolume();
+  }
+
+  /** @private @param {string} text */
+  complain(text) {
+    notify(text);
+    this.complained = true;
   }
 
   async start() {
@@ -123,7 +130,7 @@ class Transport {
       await this.playChoice();
     } catch (failure) {
       this.show(false);
-      notify(`The sound did not start: ${reason(failure)}.`);
+      this.complain(`The sound did not start: ${reason(failure)}.`);
     }
   }
 
@@ -152,7 +159,7 @@ class Transport {
       choice.settle();
     } catch (failure) {
       const denied = failure instanceof DOMException && failure.name === 'NotAllowedError';
-      notify(
+      this.complain(
         denied
           ? 'The browser does not let this page use the microphone; its permissions stand beside the address.'
           : `${choice.title} was not played: ${reason(failure)}.`,
@@ -166,14 +173,15 @@ class Transport {
     const { state } = /** @type {Player} */ (this.player).context;
     if (state === 'running' || !this.playing) return;
     this.show(false);
-    notify('The browser has paused the sound; Start goes on.');
+    this.complain('The browser has paused the sound; Start goes on.');
   }
 
   /** @private @param {boolean} playing */
   show(playing) {
     this.playing = playing;
     byId('start').textContent = playing ? 'Stop' : 'Start';
-    if (playing) clearNotice();
+    if (playing && this.complained) clearNotice();
+    this.complained = false;
   }
 
   /** @private @param {boolean} on */

@@ -26,7 +26,7 @@ const valuesOf = (page) => page.evaluate(() => window.vesk.settings.values);
 
 describe('the page', () => {
   test('loads without an error, a warning or a request to elsewhere, and plays', async () => {
-    const page = await browser.page();
+    const page = await browser.page('#mix=0.5');
     const begin = Date.now();
     await page.click('#start');
     await page.waitForFunction(
