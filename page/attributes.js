@@ -15,13 +15,13 @@
  * @property {string[]} choices names of a choice's values, by index
  */
 
-/** A unit that a value may be written in, and its size in the attribute's own. */
+/** The units that a value may be written in, as powers of ten of the attribute's own. */
 const units = {
-  s: { s: 1, ms: 0.001 },
-  Hz: { Hz: 1, kHz: 1000 },
-  dB: { dB: 1 },
-  degrees: { degrees: 1, deg: 1, '°': 1 },
-  '': { '%': 0.01 },
+  s: { s: 0, ms: -3 },
+  Hz: { Hz: 0, kHz: 3 },
+  dB: { dB: 0 },
+  degrees: { degrees: 0, deg: 0, '°': 0 },
+  '': { '%': -2 },
 };
 
 /** What is wrong with a text that was to be a value. */
@@ -42,19 +42,19 @@ export function domainText(attribute) {
  * @param {Attribute} attribute @param {string} text
  */
 export function readNumber(attribute, text) {
-  const match = /^\s*([-+]?(?:\d+\.?\d*|\.\d+)(?:e[-+]?\d+)?)\s*(\S*)\s*$/i.exec(
+  const match = /^\s*([-+]?(?:\d+\.?\d*|\.\d+))(?:e([-+]?\d+))?\s*(\S*)\s*$/i.exec(
     text.replace('−', '-').replace(',', '.'),
   );
   if (!match) throw new BadText(`${attribute.name}: “${text}” is not a number`);
   const known = /** @type {Record<string, Record<string, number>>} */ (units)[attribute.unit];
-  const unit = Object.keys(known).find((u) => u.toLowerCase() === match[2].toLowerCase());
-  if (match[2] !== '' && unit === undefined)
+  const unit = Object.keys(known).find((u) => u.toLowerCase() === match[3].toLowerCase());
+  if (match[3] !== '' && unit === undefined)
     throw new BadText(
-      `${attribute.name}: expected ${Object.keys(known).join(' or ')}, not “${match[2]}”`,
+      `${attribute.name}: expected ${Object.keys(known).join(' or ')}, not “${match[3]}”`,
     );
-  // A thousandth is a division, which rounds to the nearest number; 0.001 itself is no such number.
-  const scale = unit === undefined ? 1 : known[unit];
-  const value = scale < 1 ? Number(match[1]) / Math.round(1 / scale) : Number(match[1]) * scale;
+  // Moves the decimal point, which a multiplication would miss by a rounding.
+  const power = Number(match[2] ?? 0) + (unit === undefined ? 0 : known[unit]);
+  const value = Number(`${match[1]}e${power}`);
   if (!(value >= attribute.low && value <= attribute.high))
     throw new BadText(`${attribute.name}: ${text.trim()} is not within ${range(attribute)}`);
   return value;

@@ -1,7 +1,7 @@
 // The effect as a processor of Web Audio. Settings come as messages, which the browser delivers
 // between two blocks: they pass through the same ramps and queue as in the object.
 //
-//   in:  {set: [attribute, values]}   {call: 'clear' | 'reset'}   {ask: true}
+//   in:  {set: [attribute, values]}   {call: 'clear' | 'reset'}   {ask: true}   {watch: true}
 //   out: State, the answer to ask
 import { Effect } from './effect.js';
 
@@ -13,7 +13,8 @@ import { Effect } from './effect.js';
  * @property {number} duckGainDb
  * @property {number} settings messages that set something, since the start
  * @property {number} blocks since the start
- * @property {number} worstLag s; the most that a block came later than the steadiest pace of blocks
+ * @property {number} worstLag s; the most that a block came later than the earliest one did, since
+ *   watch
  */
 
 class VeskProcessor extends AudioWorkletProcessor {
@@ -26,19 +27,21 @@ class VeskProcessor extends AudioWorkletProcessor {
     this.silence = new Float32Array(128);
     this.settings = 0;
     this.blocks = 0;
+    this.watching = false; // the clock: asking for the time allocates
     this.leastLag = Infinity; // s, of the wall clock behind the frames played
     this.mostLag = -Infinity;
     this.port.onmessage = ({ data }) => this.receive(data);
   }
 
-  /** @param {{set?: [number, number[]], call?: 'clear' | 'reset', ask?: boolean}} message */
-  receive({ set, call, ask }) {
+  /** @param {{set?: [number, number[]], call?: 'clear' | 'reset', ask?: boolean, watch?: boolean}} message */
+  receive({ set, call, ask, watch }) {
     if (set) {
       this.effect.set(...set);
       ++this.settings;
     }
     if (call === 'clear') this.effect.clear();
     if (call === 'reset') this.effect.reset();
+    if (watch) this.watching = true;
     if (ask) this.port.postMessage(this.state());
   }
 
@@ -69,11 +72,15 @@ class VeskProcessor extends AudioWorkletProcessor {
         this.silence = new Float32Array(output[0].length);
       this.effect.process(this.silence, this.silence, output[0], output[1]);
     }
+    if (this.watching) this.watchClock();
+    ++this.blocks;
+    return true; // the tail goes on without an input
+  }
+
+  watchClock() {
     const lag = Date.now() / 1000 - currentTime;
     if (lag < this.leastLag) this.leastLag = lag;
     if (lag > this.mostLag) this.mostLag = lag;
-    ++this.blocks;
-    return true; // the tail goes on without an input
   }
 }
 
