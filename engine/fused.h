@@ -63,6 +63,35 @@ struct Wide<Quad> {
     using Longs = LongQuad;
 };
 
+// Whether any bit of a vector is set. WebAssembly has an instruction for it that clang doesn't make
+// of the loop.
+template <class Longs>
+VESK_INLINE bool any_bit(Longs x) noexcept {
+#if defined(__wasm_simd128__)
+    using Bytes = signed char __attribute__((vector_size(16)));
+    struct Parts {
+        Bytes part[sizeof(Longs) / sizeof(Bytes)];
+    };
+    const auto parts = __builtin_bit_cast(Parts, x);
+    Bytes any{};
+    for (const Bytes part : parts.part) any |= part;
+    return __builtin_wasm_any_true_v128(any) != 0;
+#else
+    std::int64_t any = 0;
+    for (std::size_t i = 0; i < sizeof(Longs) / sizeof(std::int64_t); ++i) any |= x[i];
+    return any != 0;
+#endif
+}
+
+// Rounds the doubtful lanes of a sum once. Not inlined, as it is rarely called from very many places.
+template <class T, class Doubles, class Longs>
+[[gnu::noinline]] static T round_lanes_once(T rounded, Longs doubtful, const Doubles& product,
+                                            const Doubles& addend, const Doubles& sum) noexcept {
+    for (std::size_t i = 0; i < lane_count<T>; ++i)
+        if (doubtful[i] != 0) rounded[i] = round_sum_once(product[i], addend[i], sum[i]);
+    return rounded;
+}
+
 // Lane by lane the same, with one test for all lanes. T is Pair or Quad.
 template <class T>
 VESK_INLINE T fused_in_software(T a, T b, T c) noexcept requires(!std::is_same_v<T, float>) {
@@ -76,12 +105,9 @@ VESK_INLINE T fused_in_software(T a, T b, T c) noexcept requires(!std::is_same_v
     const auto magnitude = __builtin_bit_cast(Doubles, bits & INT64_MAX);
     const Longs doubtful =
         ((bits & bits_below_float) == half_way) | ((magnitude < min_normal_float) & (sum != 0.0));
-    T rounded = __builtin_convertvector(sum, T);
-    std::int64_t any = 0;
-    for (std::size_t i = 0; i < lane_count<T>; ++i) any |= doubtful[i];
-    if (any != 0) [[unlikely]]
-        for (std::size_t i = 0; i < lane_count<T>; ++i)
-            if (doubtful[i] != 0) rounded[i] = round_sum_once(product[i], addend[i], sum[i]);
+    const T rounded = __builtin_convertvector(sum, T);
+    if (any_bit(doubtful)) [[unlikely]]
+        return round_lanes_once(rounded, doubtful, product, addend, sum);
     return rounded;
 }
 

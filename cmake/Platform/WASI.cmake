@@ -1,0 +1,2 @@
+# What CMake needs to know of WebAssembly with WASI.
+set(CMAKE_EXECUTABLE_SUFFIX .wasm)
