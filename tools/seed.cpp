@@ -26,8 +26,9 @@ std::uint32_t next_word() {
 
 }  // namespace
 
-void seed_random_device(std::uint64_t seed) {
-    generator.emplace(seed);
+void seed_random_device(std::optional<std::uint64_t> seed) {
+    generator.reset();
+    if (seed) generator.emplace(*seed);
     draws = 0;
 }
 

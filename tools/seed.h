@@ -3,11 +3,13 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 
 namespace program {
 
-// After this call every std::random_device draws from one generator with this seed.
-void seed_random_device(std::uint64_t seed);
+// After this call every std::random_device draws from one generator with this seed, without one
+// from the system.
+void seed_random_device(std::optional<std::uint64_t> seed);
 
 std::int64_t seeded_draws();  // draws since then
 

@@ -5,30 +5,10 @@
 #include <vector>
 
 #include "tools/preset_text.h"
+#include "tools/table_attributes.h"
 
 namespace kv7::orv::lv2 {
 namespace {
-
-program::value_attribute value_attribute_of(const attribute_row& row) {
-    program::value_attribute made{
-        .name = row.info.name, .low = row.low, .high = row.high, .unit = row.unit};
-    switch (row.kind) {
-        case attribute_kind::continuous:
-            break;
-        case attribute_kind::toggle:
-            made.kind = program::value_kind::toggle;
-            made.high = 1.0;
-            break;
-        case attribute_kind::choice:
-            made.kind = program::value_kind::choice;
-            made.value_names.assign(row.value_names.begin(), row.value_names.end());
-            break;
-        case attribute_kind::list:
-            made.max_values = list_length;
-            break;
-    }
-    return made;
-}
 
 // The name becomes part of a URI, where other characters would need an escape.
 std::string name_of(const std::filesystem::path& file) {
@@ -44,8 +24,7 @@ std::string name_of(const std::filesystem::path& file) {
 }  // namespace
 
 preset read_preset(const std::filesystem::path& file) {
-    std::vector<program::value_attribute> attributes;
-    for (const attribute_row& row : attribute_table) attributes.push_back(value_attribute_of(row));
+    const std::vector<program::value_attribute> attributes = program::attributes_of_table();
     const program::preset_text text = program::read_preset_text(file.string(), attributes);
     preset made{name_of(file), text.title.title, text.title.description, text.title.category, {}};
     for (std::size_t i = 0; i < attribute_count; ++i)
