@@ -237,8 +237,8 @@ function animate(transport) {
     const now = player.context.currentTime;
     if (now - last < (calm.matches ? calmPace : 0.001)) return;
     player.ask();
-    const input = readers.input.read();
-    const output = readers.output.read();
+    const input = readers.input.read(now);
+    const output = readers.output.read(now);
     meters.input.show(input, now, now - last);
     meters.output.show(output, now, now - last);
     const delays = player.state?.readDelay ?? [0, 0];
