@@ -225,6 +225,25 @@ describe('the page', () => {
     await page.close();
   });
 
+  test('plays the microphone, after a warning, where it is permitted', async () => {
+    const context = browser.browser.defaultBrowserContext();
+    await context.overridePermissions(browser.address, ['microphone']);
+    const page = await browser.page('#mix=0');
+    await page.click('#start');
+    await page.select('#source', 'microphone');
+    await page.click('#microphone-warning .main');
+    await page.waitForFunction(
+      () => window.vesk.transport.player.source instanceof MediaStreamAudioSourceNode,
+    );
+    await page.waitForFunction(
+      () => document.querySelector('#output-meter [role=meter]').ariaValueNow > -40,
+    );
+    assert.equal(await noticeOf(page), '');
+    assert.deepEqual(page.faults, []);
+    await context.clearPermissionOverrides();
+    await page.close();
+  });
+
   test('a link is a patch, and nonsense in it is said and left out', async () => {
     const first = await browser.page('#');
     await first.evaluate((preset) => {
@@ -434,6 +453,23 @@ describe('the sound of Chromium', () => {
       (y, n) => y !== wav.readFloatLE(58 + 8 * n) || r[n] !== wav.readFloatLE(62 + 8 * n),
     );
     assert.equal(different, -1, 'first frame that differs');
+    assert.deepEqual(page.faults, []);
+    await page.close();
+  });
+
+  test('rendering is cancelled, and a tail without an end is cut and said to be', async () => {
+    const page = await browser.page('#feedback=1.5&mix=0.5');
+    const text = () => page.$eval('#render-text', (e) => e.textContent);
+    await page.click('#render');
+    await page.waitForSelector('#cancel:not([hidden])');
+    await page.click('#cancel');
+    await page.waitForSelector('#cancel', { hidden: true });
+    assert.match(await text(), /Cancelled; nothing was rendered/);
+    assert.equal(await page.$eval('#download', (e) => e.hidden), true);
+    await page.click('#render');
+    await page.waitForSelector('#download:not([hidden])', { timeout: 30000 });
+    assert.match(await text(), /: 64\.0 s at 48000 Hz.* It was cut after 60 s of tail/);
+    console.log(await text());
     assert.deepEqual(page.faults, []);
     await page.close();
   });
