@@ -83,7 +83,7 @@ VESK_INLINE bool any_bit(Longs x) noexcept {
 #endif
 }
 
-// Rounds the doubtful lanes of a sum once. Not inlined, as it is rarely called from very many places.
+// Rounds the doubtful lanes of a sum once. Not inlined: called rarely, and from very many places.
 template <class T, class Doubles, class Longs>
 [[gnu::noinline]] static T round_lanes_once(T rounded, Longs doubtful, const Doubles& product,
                                             const Doubles& addend, const Doubles& sum) noexcept {
