@@ -16,9 +16,21 @@ const values = (given) => attributes.map(({ name, default: v }) => given[name] ?
 const settings = {
   'delay alone': values({}),
   'everything on': values({
-    mix: [0.5], gate: [1], gate_threshold: [-50], duck: [1], duck_threshold: [-30], clip: [1],
-    mod_delay: [0.3], mod_envelope: [0.5], reverb: [0.4], noise: [0.3], noise_morph: [0.4],
-    wobble: [0.3], wobble_morph: [0.4], width: [1.5], drywetmode: [1],
+    mix: [0.5],
+    gate: [1],
+    gate_threshold: [-50],
+    duck: [1],
+    duck_threshold: [-30],
+    clip: [1],
+    mod_delay: [0.3],
+    mod_envelope: [0.5],
+    reverb: [0.4],
+    noise: [0.3],
+    noise_morph: [0.4],
+    wobble: [0.3],
+    wobble_morph: [0.4],
+    width: [1.5],
+    drywetmode: [1],
   }),
 };
 
@@ -61,8 +73,10 @@ for (const name of readdirSync(`${root}build/page`)) {
 }
 const kib = (n) => Math.round(n / 1024);
 const wasm = readFileSync(`${root}build/page/vesk.wasm`);
-console.log(`page: ${kib(bytes)} KiB, ${kib(packed)} gzipped; of that the module ` +
-  `${kib(wasm.length)} KiB, ${kib(gzipSync(wasm, { level: 9 }).length)} gzipped`);
+console.log(
+  `page: ${kib(bytes)} KiB, ${kib(packed)} gzipped; of that the module ` +
+    `${kib(wasm.length)} KiB, ${kib(gzipSync(wasm, { level: 9 }).length)} gzipped`,
+);
 const begin = performance.now();
 new Effect(module, rate);
 console.log(`an instance is made in ${(performance.now() - begin).toFixed(0)} ms`);

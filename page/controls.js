@@ -74,6 +74,8 @@ function pair(attribute, set, onFault) {
   };
 }
 
+const longestNarrowName = 9; // of a choice, in one column of a narrow screen
+
 const makers = { toggle, choice, number, list: pair };
 
 /**
@@ -93,12 +95,20 @@ export function makeControls(place, settings, onHelp, onFault) {
       onFault,
     );
     control.show(settings.values[index]);
-    const help = element('span', { id: `help-${attribute.name}`, hidden: '' }, attribute.description);
+    const help = element(
+      'span',
+      { id: `help-${attribute.name}`, hidden: '' },
+      attribute.description,
+    );
     for (const part of [control.element, ...control.element.querySelectorAll('[role=slider]')])
       part.setAttribute('aria-describedby', help.id);
+    const isWide = attribute.choices.some((name) => name.length > longestNarrowName);
     const block = element(
       'div',
-      { class: `control ${attribute.kind}`, 'data-attribute': attribute.name },
+      {
+        class: `control ${attribute.kind} ${isWide ? 'wide' : ''}`,
+        'data-attribute': attribute.name,
+      },
       element('span', { class: 'label', 'aria-hidden': 'true' }, attribute.label),
       control.element,
       help,

@@ -139,7 +139,10 @@ export class SpectrumDisplay {
       let db = -Infinity;
       for (let i = Math.round(first); i <= Math.max(end, Math.round(first)); ++i)
         if (bins[i] > db) db = bins[i];
-      const level = Math.min(Math.max((db - spectrumBottom) / (spectrumTop - spectrumBottom), 0), 1);
+      const level = Math.min(
+        Math.max((db - spectrumBottom) / (spectrumTop - spectrumBottom), 0),
+        1,
+      );
       pen.lineTo(x, height * (1 - level));
     }
     pen.strokeStyle = colours.left;

@@ -10,10 +10,14 @@ export class Levels {
     this.peaks = [0, 0]; // linear; left, right
   }
 
-  read() {
-    const { currentTime, sampleRate } = this.taps[0].context;
-    const wanted = Math.ceil((currentTime - this.lastTime) * sampleRate);
-    this.lastTime = currentTime;
+  /**
+   * Linear; left, right.
+   * @param {number} now s, later than at the last reading: the context's own time may move on
+   *   between two readings, and then stand still until the next ones
+   */
+  read(now) {
+    const wanted = Math.ceil((now - this.lastTime) * this.taps[0].context.sampleRate);
+    this.lastTime = now;
     const first = Math.max(this.samples.length - wanted, 0);
     for (let side = 0; side < 2; ++side) {
       this.taps[side].getFloatTimeDomainData(this.samples);

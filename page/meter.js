@@ -24,12 +24,7 @@ export class Meter {
       },
       ...this.bars.map((bar) => element('div', { class: 'track' }, bar)),
     );
-    place.append(
-      element('span', { class: 'label' }, label),
-      this.track,
-      this.text,
-      this.lamp,
-    );
+    place.append(element('span', { class: 'label' }, label), this.track, this.text, this.lamp);
     this.shown = [lowestDb, lowestDb];
     this.highest = lowestDb - 1; // since the text was written
     this.textTime = 0; // s

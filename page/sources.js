@@ -113,7 +113,10 @@ const drums = (rate) =>
     const air = new BiquadFilterNode(context, { type: 'highpass', frequency: 7500 });
     const side = new StereoPannerNode(context, { pan: 0.3 });
     hiss.connect(air);
-    air.connect(strokes(context, hats, 0.16, 0.018)).connect(side).connect(context.destination);
+    air
+      .connect(strokes(context, hats, 0.16, 0.018))
+      .connect(side)
+      .connect(context.destination);
     hiss.start();
   });
 

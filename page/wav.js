@@ -44,9 +44,9 @@ export function statedRate(file) {
   const has = (at, text) =>
     at + text.length <= file.byteLength &&
     [...text].every((c, i) => bytes.getUint8(at + i) === c.charCodeAt(0));
-  if (has(0, 'fLaC') && file.byteLength >= 21) return (bytes.getUint32(18) >>> 12) || null;
+  if (has(0, 'fLaC') && file.byteLength >= 21) return bytes.getUint32(18) >>> 12 || null;
   if (!has(0, 'RIFF') || !has(8, 'WAVE')) return null;
-  for (let at = 12; at + 16 <= file.byteLength; ) {
+  for (let at = 12; at + 16 <= file.byteLength;) {
     if (has(at, 'fmt ')) return bytes.getUint32(at + 12, true) || null;
     const length = bytes.getUint32(at + 4, true);
     at += 8 + length + (length % 2);

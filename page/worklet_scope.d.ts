@@ -4,4 +4,7 @@ declare const currentTime: number;
 declare class AudioWorkletProcessor {
   readonly port: MessagePort;
 }
-declare function registerProcessor(name: string, processor: new (options: any) => AudioWorkletProcessor): void;
+declare function registerProcessor(
+  name: string,
+  processor: new (options: any) => AudioWorkletProcessor,
+): void;

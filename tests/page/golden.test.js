@@ -39,7 +39,9 @@ for (const name of ['bad-values', 'defaults', 'ramps', 'rate-change', 'vector-on
     const [scenario] = readScenarios(new URL(`device-${name}.txt`, golden));
     const [left, right] = play(scenario, makeInput(scenario));
     const samples = readFileSync(new URL(`device-${name}.f32`, golden));
-    const expected = new Float32Array(samples.buffer.slice(samples.byteOffset).slice(0, samples.length));
+    const expected = new Float32Array(
+      samples.buffer.slice(samples.byteOffset).slice(0, samples.length),
+    );
     assert.equal(expected.length, 2 * left.length);
     let different = 0;
     for (let n = 0; n < left.length; ++n)
@@ -52,5 +54,8 @@ test('golden renders by hash', () => {
   const scenarios = readScenarios(new URL('generated.txt', golden));
   assert.ok(scenarios.length > 100);
   const different = scenarios.filter((s) => hashOf(play(s, makeInput(s))) !== s.hash);
-  assert.deepEqual(different.map((s) => s.hash), []);
+  assert.deepEqual(
+    different.map((s) => s.hash),
+    [],
+  );
 });

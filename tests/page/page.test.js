@@ -39,7 +39,10 @@ describe('the page', () => {
     assert.equal(await page.$eval('#start', (e) => e.textContent), 'Start');
     assert.equal(await noticeOf(page), '');
     assert.deepEqual(page.faults, []);
-    assert.deepEqual(page.requests.filter((url) => !url.startsWith(browser.address)), []);
+    assert.deepEqual(
+      page.requests.filter((url) => !url.startsWith(browser.address)),
+      [],
+    );
     await page.close();
   });
 
@@ -154,23 +157,37 @@ describe('the page', () => {
       const found = await page.evaluate(() => {
         const { activeElement } = document;
         const control = activeElement.closest('[data-attribute]');
-        return control && { name: control.dataset.attribute, role: activeElement.role, high: activeElement.ariaValueNow === activeElement.ariaValueMax };
+        return (
+          control && {
+            name: control.dataset.attribute,
+            role: activeElement.role,
+            high: activeElement.ariaValueNow === activeElement.ariaValueMax,
+          }
+        );
       });
       if (!found) continue;
       reached.add(found.name);
       const { kind } = attributes[indexOf(found.name)];
       if (kind === 'toggle') await page.keyboard.press('Space');
-      else if (kind === 'choice') await page.keyboard.press(found.name === 'reverb_location' ? 'ArrowUp' : 'ArrowDown');
-      else if (found.role === 'slider') await page.keyboard.press(found.high ? 'PageDown' : 'PageUp');
+      else if (kind === 'choice')
+        await page.keyboard.press(found.name === 'reverb_location' ? 'ArrowUp' : 'ArrowDown');
+      else if (found.role === 'slider')
+        await page.keyboard.press(found.high ? 'PageDown' : 'PageUp');
     }
-    assert.deepEqual(attributes.map((a) => a.name).filter((name) => !reached.has(name)), []);
+    assert.deepEqual(
+      attributes.map((a) => a.name).filter((name) => !reached.has(name)),
+      [],
+    );
     const { sent, state } = await page.evaluate(async () => {
       const { player } = window.vesk.transport;
       player.ask();
       await new Promise((resolve) => setTimeout(resolve, 200));
       return { sent: window.sent, state: player.state };
     });
-    assert.deepEqual([...new Set(sent.map(([index]) => index))].sort((a, b) => a - b), attributes.map((_, i) => i));
+    assert.deepEqual(
+      [...new Set(sent.map(([index]) => index))].sort((a, b) => a - b),
+      attributes.map((_, i) => i),
+    );
     assert.equal(state.settings, sent.length, 'messages that the processor has applied');
     assert.deepEqual(page.faults, []);
     await page.close();
@@ -208,6 +225,25 @@ describe('the page', () => {
     await page.close();
   });
 
+  test('plays the microphone, after a warning, where it is permitted', async () => {
+    const context = browser.browser.defaultBrowserContext();
+    await context.overridePermissions(browser.address, ['microphone']);
+    const page = await browser.page('#mix=0');
+    await page.click('#start');
+    await page.select('#source', 'microphone');
+    await page.click('#microphone-warning .main');
+    await page.waitForFunction(
+      () => window.vesk.transport.player.source instanceof MediaStreamAudioSourceNode,
+    );
+    await page.waitForFunction(
+      () => document.querySelector('#output-meter [role=meter]').ariaValueNow > -40,
+    );
+    assert.equal(await noticeOf(page), '');
+    assert.deepEqual(page.faults, []);
+    await context.clearPermissionOverrides();
+    await page.close();
+  });
+
   test('a link is a patch, and nonsense in it is said and left out', async () => {
     const first = await browser.page('#');
     await first.evaluate((preset) => {
@@ -217,12 +253,20 @@ describe('the page', () => {
     await sleep(500);
     const hash = new URL(first.url()).hash;
     const second = await browser.page(hash);
-    assert.deepEqual(await valuesOf(second), attributes.map((a) => presets[0].values[a.name]));
+    assert.deepEqual(
+      await valuesOf(second),
+      attributes.map((a) => presets[0].values[a.name]),
+    );
     assert.equal(await noticeOf(second), '');
-    const third = await browser.page('#feedback=7&mix=0.25&nonsense=1&delay=a,b&gate=perhaps&mod_waveform=Saw+up');
+    const third = await browser.page(
+      '#feedback=7&mix=0.25&nonsense=1&delay=a,b&gate=perhaps&mod_waveform=Saw+up',
+    );
     const values = await valuesOf(third);
     const changed = attributes.filter((a, i) => a.default.some((v, e) => v !== values[i][e]));
-    assert.deepEqual(changed.map((a) => a.name), ['mix', 'mod_waveform']);
+    assert.deepEqual(
+      changed.map((a) => a.name),
+      ['mix', 'mod_waveform'],
+    );
     for (const part of ['feedback: 7', 'nonsense', 'delay: “a”', 'gate: expected on or off'])
       assert.ok((await noticeOf(third)).includes(part), part);
     for (const page of [first, second, third]) {
@@ -232,7 +276,10 @@ describe('the page', () => {
   });
 
   test('goes on without SIMD, AudioWorklet or microphone, and after a file that is none', async () => {
-    const without = (script) => ({ before: (p) => p.evaluateOnNewDocument(script), ready: '#notice button' });
+    const without = (script) => ({
+      before: (p) => p.evaluateOnNewDocument(script),
+      ready: '#notice button',
+    });
     for (const [script, text] of [
       ['WebAssembly.validate = () => false', /lacks WebAssembly with SIMD/],
       ['delete globalThis.AudioWorkletNode', /lacks AudioWorklet/],
@@ -252,7 +299,9 @@ describe('the page', () => {
     assert.equal(await page.$eval('#source', (e) => e.value), 'chord');
     const input = await page.$('#file');
     await input.uploadFile(`${root}README.md`);
-    await page.waitForFunction(() => document.querySelector('#notice').textContent.includes('README.md'));
+    await page.waitForFunction(() =>
+      document.querySelector('#notice').textContent.includes('README.md'),
+    );
     assert.match(await noticeOf(page), /finds no sound in it/);
     assert.equal(await page.$eval('#start', (e) => e.textContent), 'Stop');
     assert.deepEqual(page.faults, []);
@@ -274,10 +323,11 @@ describe('the sound of Chromium', () => {
       const node = await makeEffectNode(context, module, values, seed);
       source.connect(node).connect(context.destination);
       source.start();
-      const answered = () => new Promise((resolve) => {
-        node.port.onmessage = resolve;
-        node.port.postMessage({ ask: true });
-      });
+      const answered = () =>
+        new Promise((resolve) => {
+          node.port.onmessage = resolve;
+          node.port.postMessage({ ask: true });
+        });
       for (const [time, messages] of changes)
         context.suspend(time).then(async () => {
           for (const message of messages) node.port.postMessage(message);
@@ -301,7 +351,9 @@ describe('the sound of Chromium', () => {
     for (let block = 0; block < frames / 128; ++block) {
       while (due[0]?.[0] === block)
         for (const { set, call } of due.shift()[1]) set ? effect.set(...set) : effect[call]();
-      effect.process(...[...input, ...expected].map((c) => c.subarray(128 * block, 128 * block + 128)));
+      effect.process(
+        ...[...input, ...expected].map((c) => c.subarray(128 * block, 128 * block + 128)),
+      );
     }
     const out = await play(page, {
       rate,
@@ -329,7 +381,12 @@ describe('the sound of Chromium', () => {
     ];
     for (const rate of [44100, 48000, 96000]) {
       for (const { values } of presets)
-        await equalToNode(page, rate, attributes.map((a) => values[a.name]), []);
+        await equalToNode(
+          page,
+          rate,
+          attributes.map((a) => values[a.name]),
+          [],
+        );
       await equalToNode(page, rate, defaults, score);
     }
     assert.deepEqual(page.faults, []);
@@ -383,8 +440,12 @@ describe('the sound of Chromium', () => {
     assert.equal(wav.readUInt32LE(wav.length - 8 * frames - 4), 8 * frames);
     assert.ok(frames > left.length + rate && frames < 10 * rate, `${frames} frames`);
 
-    const values = attributes.map(({ name, default: v }) => ({ delay: [0.1, 0.15], mix: [0.5] })[name] ?? v);
-    const [l, r] = [left, right].map((c) => Float32Array.from({ length: frames }, (_, n) => c[n] ?? 0));
+    const values = attributes.map(
+      ({ name, default: v }) => ({ delay: [0.1, 0.15], mix: [0.5] })[name] ?? v,
+    );
+    const [l, r] = [left, right].map((c) =>
+      Float32Array.from({ length: frames }, (_, n) => c[n] ?? 0),
+    );
     const effect = new Effect(module, rate);
     effect.jumpToAll(values);
     effect.process(l, r, l, r);
@@ -392,6 +453,23 @@ describe('the sound of Chromium', () => {
       (y, n) => y !== wav.readFloatLE(58 + 8 * n) || r[n] !== wav.readFloatLE(62 + 8 * n),
     );
     assert.equal(different, -1, 'first frame that differs');
+    assert.deepEqual(page.faults, []);
+    await page.close();
+  });
+
+  test('rendering is cancelled, and a tail without an end is cut and said to be', async () => {
+    const page = await browser.page('#feedback=1.5&mix=0.5');
+    const text = () => page.$eval('#render-text', (e) => e.textContent);
+    await page.click('#render');
+    await page.waitForSelector('#cancel:not([hidden])');
+    await page.click('#cancel');
+    await page.waitForSelector('#cancel', { hidden: true });
+    assert.match(await text(), /Cancelled; nothing was rendered/);
+    assert.equal(await page.$eval('#download', (e) => e.hidden), true);
+    await page.click('#render');
+    await page.waitForSelector('#download:not([hidden])', { timeout: 30000 });
+    assert.match(await text(), /: 64\.0 s at 48000 Hz.* It was cut after 60 s of tail/);
+    console.log(await text());
     assert.deepEqual(page.faults, []);
     await page.close();
   });

@@ -7,7 +7,13 @@ import { tmpdir } from 'node:os';
 import { join } from 'node:path';
 import { test } from 'node:test';
 import { BadText, positionOf, readNumber, textOf, valueAt } from '../../page/attributes.js';
-import { commandText, linkText, messagesText, presetText, readLink } from '../../page/patch_text.js';
+import {
+  commandText,
+  linkText,
+  messagesText,
+  presetText,
+  readLink,
+} from '../../page/patch_text.js';
 import { Settings } from '../../page/settings.js';
 
 const build = new URL('../../build/', import.meta.url);
@@ -45,14 +51,19 @@ test('a link and a preset file say the same as the settings', () => {
   const read = JSON.parse(readFileSync(join(folder, 'presets.json'), 'utf8'));
   rmSync(folder, { recursive: true });
   all.forEach((settings, i) =>
-    assert.deepEqual(attributes.map((a) => read[i].values[a.name]), settings.values),
+    assert.deepEqual(
+      attributes.map((a) => read[i].values[a.name]),
+      settings.values,
+    ),
   );
 });
 
 test('messages and the command write what is not at its default', () => {
   const settings = new Settings(attributes);
   assert.equal(messagesText(settings), '');
-  settings.setAll(readLink(attributes, 'delay=0.25,0.5&mod_waveform=saw+UP&gate=yes&output=-6').values);
+  settings.setAll(
+    readLink(attributes, 'delay=0.25,0.5&mod_waveform=saw+UP&gate=yes&output=-6').values,
+  );
   assert.equal(messagesText(settings), 'gate 1, delay 0.25 0.5, output -6, mod_waveform 2');
   assert.equal(
     commandText(settings),

@@ -36,7 +36,7 @@ export function makeInput({ input, frames }) {
   const channels = [new Float32Array(frames), new Float32Array(frames)];
   if (name === 'impulse') {
     const [at, left, right] = numbers.map(Number);
-    if (at < frames) (channels[0][at] = left), (channels[1][at] = right);
+    if (at < frames) ((channels[0][at] = left), (channels[1][at] = right));
   } else if (name === 'noise' || name === 'burst') {
     const [seed, level, on, off] = name === 'noise' ? [...numbers, 1, 0] : numbers;
     const period = Math.max(Number(on) + Number(off), 1);

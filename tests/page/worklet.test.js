@@ -17,9 +17,11 @@ Object.assign(globalThis, {
 });
 await import('../../page/worklet.js');
 
-function makeProcessor() {
+function makeProcessor(given = {}) {
   const module = new WebAssembly.Module(readFileSync(new URL('vesk.wasm', page)));
-  return new Processor({ processorOptions: { module, values: attributes.map((a) => a.default) } });
+  return new Processor({
+    processorOptions: { module, values: attributes.map((a) => given[a.name] ?? a.default) },
+  });
 }
 
 const block = (frames) => [new Float32Array(frames), new Float32Array(frames)];
@@ -50,4 +52,14 @@ test('blocks of any length, and inputs that come and go', () => {
   assert.ok(Math.max(...out[0]) > 0.2, 'the echo of what came in');
   processor.receive({ ask: true });
   assert.ok(Math.abs(processor.answer.readDelay[0] - 0.375) < 0.001);
+});
+
+test('starts on the delay times and on the values it is made with', () => {
+  const processor = makeProcessor({ repitch: [1], delay: [0.1, 0.2], mix: [0] });
+  const [input, out] = [block(128).map((c) => c.fill(0.5)), block(128)];
+  processor.process([input], [out]);
+  assert.deepEqual(out, input, 'the dry signal, without a ramp from the default');
+  processor.process([[]], [block(12000)]); // a quarter of a second, while a tape head would glide
+  const [left, right] = processor.state().readDelay;
+  assert.ok(Math.abs(left - 0.1) < 0.001 && Math.abs(right - 0.2) < 0.001, `${left} ${right}`);
 });

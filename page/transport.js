@@ -1,0 +1,130 @@
+// Start and stop, what is played, bypass, clear, reset and volume.
+import { byId } from './elements.js';
+import { clearNotice, notify, reason } from './notice.js';
+import { Player } from './player.js';
+import { openMicrophone } from './sound_choice.js';
+
+/** @typedef {import('./settings.js').Settings} Settings */
+/** @typedef {import('./sound_choice.js').SoundChoice} SoundChoice */
+
+/** Makes the player at the first start, and plays what is chosen. */
+export class Transport {
+  /** @param {WebAssembly.Module} module @param {Settings} settings @param {SoundChoice} choice */
+  constructor(module, settings, choice) {
+    this.module = module;
+    this.settings = settings;
+    this.choice = choice;
+    /** @type {Player | null} */
+    this.player = null;
+    this.playing = false;
+    this.choices = 0; // to tell the latest one when an earlier one is ready later
+    byId('start').addEventListener('click', () => (this.playing ? this.stop() : this.start()));
+    choice.addEventListener('choice', () => {
+      if (this.playing) this.playChoice();
+    });
+    byId('bypass').addEventListener('click', () => this.showBypass(!this.bypassed));
+    byId('clear').addEventListener('click', () => this.player?.call('clear'));
+    byId('reset').addEventListener('click', () => this.player?.call('reset'));
+    byId('volume').addEventListener('input', () => this.showVolume());
+    this.bypassed = false;
+    this.complained = false;
+    this.showVolume();
+  }
+
+  /** @private @param {string} text */
+  complain(text) {
+    notify(text);
+    this.complained = true;
+  }
+
+  async start() {
+    this.show(true);
+    try {
+      if (!this.player) {
+        this.player = await Player.make(this.module, this.settings);
+        this.player.context.onstatechange = () => this.contextChanged();
+        this.player.setBypass(this.bypassed);
+        this.showVolume();
+      }
+      await this.player.context.resume();
+      await this.playChoice();
+    } catch (failure) {
+      this.show(false);
+      this.complain(`The sound did not start: ${reason(failure)}.`);
+    }
+  }
+
+  stop() {
+    this.show(false);
+    if (this.choice.name === 'microphone') this.player?.play(null); // its lamp goes out
+    this.player?.context.suspend();
+  }
+
+  async playChoice() {
+    const { player, choice } = this;
+    if (!player) return;
+    const turn = ++this.choices;
+    try {
+      if (choice.name === 'nothing') {
+        player.play(null);
+      } else if (choice.name === 'microphone') {
+        if (!(await confirmMicrophone())) return choice.goBack();
+        const source = await openMicrophone(player.context);
+        if (turn === this.choices && this.playing) player.play(source);
+        else source.mediaStream.getTracks().forEach((track) => track.stop());
+      } else {
+        const buffer = await choice.buffer(player.context.sampleRate);
+        if (turn === this.choices) player.playLoop(buffer);
+      }
+      choice.settle();
+    } catch (failure) {
+      const denied = failure instanceof DOMException && failure.name === 'NotAllowedError';
+      this.complain(
+        denied
+          ? 'The browser does not let this page use the microphone; its permissions stand beside the address.'
+          : `${choice.title} was not played: ${reason(failure)}.`,
+      );
+      choice.goBack();
+    }
+  }
+
+  /** A browser may stop a context on its own: another program took the sound device, say. @private */
+  contextChanged() {
+    const { state } = /** @type {Player} */ (this.player).context;
+    if (state === 'running' || !this.playing) return;
+    this.show(false);
+    this.complain('The browser has paused the sound; Start goes on.');
+  }
+
+  /** @private @param {boolean} playing */
+  show(playing) {
+    this.playing = playing;
+    byId('start').textContent = playing ? 'Stop' : 'Start';
+    if (playing && this.complained) clearNotice();
+    this.complained = false;
+  }
+
+  /** @private @param {boolean} on */
+  showBypass(on) {
+    this.bypassed = on;
+    byId('bypass').setAttribute('aria-pressed', String(on));
+    this.player?.setBypass(on);
+  }
+
+  /** @private */
+  showVolume() {
+    const db = Number(byId('volume').value);
+    byId('volume-text').textContent = `${db} dB`.replace('-', '−');
+    this.player?.setVolume(db);
+  }
+}
+
+/** @returns {Promise<boolean>} */
+function confirmMicrophone() {
+  const dialog = byId('microphone-warning');
+  dialog.returnValue = '';
+  dialog.showModal();
+  return new Promise((resolve) =>
+    dialog.addEventListener('close', () => resolve(dialog.returnValue === 'use'), { once: true }),
+  );
+}
