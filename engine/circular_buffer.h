@@ -84,9 +84,7 @@ private:
 
 template <class T>
 CircularBuffer<T>::CircularBuffer(std::uint64_t elements)
-    : storage(static_cast<T*>(allocate_ring((elements + repeated) * sizeof(T))),
-              {(elements + repeated) * sizeof(T)}),
-      size(elements) {}
+    : storage(ring_of<T>(static_cast<std::size_t>(elements + repeated))), size(elements) {}
 
 template <class T>
 void CircularBuffer<T>::zero() noexcept {

@@ -78,4 +78,9 @@ std::array<DelaySection::DelayRead, 2> DelaySection::delays_read() const noexcep
             read_by(crossfade_heads[1], head_delay[1], crossfade_position)};
 }
 
+Pair DelaySection::delay_heard() const noexcept {
+    const auto heads = delays_read();
+    return heads[heads[0].weight >= heads[1].weight ? 0 : 1].seconds;
+}
+
 }  // namespace orvane::blocks::vesk

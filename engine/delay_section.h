@@ -78,6 +78,7 @@ struct DelaySection {
     // The tape head and nothing, or both crossfade heads. For displays, between two calls of
     // process.
     std::array<DelayRead, 2> delays_read() const noexcept;
+    Pair delay_heard() const noexcept;  // s; of the head that is heard most
 
 private:
     VESK_INLINE void plan_tape(const Block& rate, std::size_t n, ReadPlan& plan) noexcept;

@@ -21,4 +21,10 @@ struct RingRelease {
 template <class T>
 using RingStorage = std::unique_ptr<T[], RingRelease>;
 
+template <class T>
+RingStorage<T> ring_of(std::size_t elements) {
+    const std::size_t bytes = elements * sizeof(T);
+    return {static_cast<T*>(allocate_ring(bytes)), RingRelease{bytes}};
+}
+
 }  // namespace orvane::blocks::vesk

@@ -77,15 +77,13 @@ export class Effect {
   }
 
   /**
-   * Sets everything without a ramp, before the first block. The delay times come first: a tape head
-   * then starts on them and does not glide there from the default.
+   * Before the first block: all values without a ramp. They sound from the first sample, without a
+   * fade or a glide there from the defaults.
    * @param {ArrayLike<number>[]} values of all attributes, in the order of their indices
    */
-  jumpToAll(values) {
-    for (const lists of [true, false])
-      values.forEach((v, i) => {
-        if (v.length > 1 === lists) this.jumpTo(i, v);
-      });
+  startWith(values) {
+    values.forEach((v, i) => this.jumpTo(i, v));
+    this.calls.start();
   }
 
   clear() {

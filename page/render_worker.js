@@ -29,7 +29,7 @@ function render({ module, rate, values, quietValues, hold, seed, channels: [left
   /** @param {number[][]} v */
   const make = (v) => {
     const effect = new Effect(module, rate);
-    effect.jumpToAll(v);
+    effect.startWith(v);
     if (seed) effect.seed(seed[0], seed[1]);
     return effect;
   };

@@ -66,6 +66,11 @@ void jump_to(std::uint32_t attribute, std::uint32_t count, double a, double b) {
     if (attribute < attribute_count) driver->jump_to(attribute, values({a, b}, count));
 }
 
+// After the values, before the first frame: they sound from there, without fade or glide.
+VESK_EXPORT(start) void start() {
+    driver->start();
+}
+
 VESK_EXPORT(clear) void clear() {
     driver->core.request_clear();
 }
@@ -100,13 +105,9 @@ VESK_EXPORT(process) void process(std::uint32_t frames) {
     driver->core.perform({in, 2, count}, {out, 2, count});
 }
 
-// How far in the past a channel reads now, in seconds, to the sample.
+// How far in the past a channel reads now, in seconds, through the head that is heard most.
 VESK_EXPORT(read_delay) double read_delay(std::uint32_t channel) {
-    const auto& engine = *driver->core.engine;
-    const auto& head =
-        engine.repitch ? engine.tape_head : engine.crossfade_heads[engine.active_head];
-    const auto& cursor = (channel & 1) == 0 ? head.cursor_left : head.cursor_right;
-    return static_cast<double>(cursor.offset) / driver->core.prepared_sample_rate;
+    return double{driver->core.engine->delay_heard()[channel & 1]};
 }
 
 // The gate's gain, linear; 1 while it is off.

@@ -22,7 +22,7 @@ class VeskProcessor extends AudioWorkletProcessor {
   constructor({ processorOptions: { module, values, seed } }) {
     super();
     this.effect = new Effect(module, sampleRate);
-    this.effect.jumpToAll(values);
+    this.effect.startWith(values);
     if (seed) this.effect.seed(seed[0], seed[1]);
     this.silence = new Float32Array(128);
     this.settings = 0;

@@ -216,10 +216,9 @@ void ported_effect::write_readouts(std::size_t frames) noexcept {
         if (readouts_[which] != nullptr) *readouts_[which] = value;
     };
     const orvane::blocks::vesk::Vesk& engine = *driver_->core.engine;
-    const auto heads = engine.delays_read();
-    const auto& heard = heads[heads[0].weight >= heads[1].weight ? 0 : 1];
-    tell(delay_read_left, heard.seconds[0]);
-    tell(delay_read_right, heard.seconds[1]);
+    const orvane::blocks::vesk::Pair seconds = engine.delay_heard();
+    tell(delay_read_left, seconds[0]);
+    tell(delay_read_right, seconds[1]);
     tell(gate_gain, engine.gate_on ? engine.gate_gain : 1.0f);
     tell(gain_reduction, engine.duck_on ? engine.ducker.reduction_db[0] : 0.0f);
     if (frames == 0) return;

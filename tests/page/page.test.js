@@ -345,7 +345,7 @@ describe('the sound of Chromium', () => {
     const input = makeInput({ input: ['burst', '7', '0.5', '3000', '9000'], frames });
     const expected = input.map((c) => new Float32Array(c.length));
     const effect = new Effect(module, rate);
-    effect.jumpToAll(values);
+    effect.startWith(values);
     effect.seed(...seed);
     const due = changes.map(([block, messages]) => [block, messages]);
     for (let block = 0; block < frames / 128; ++block) {
@@ -447,7 +447,7 @@ describe('the sound of Chromium', () => {
       Float32Array.from({ length: frames }, (_, n) => c[n] ?? 0),
     );
     const effect = new Effect(module, rate);
-    effect.jumpToAll(values);
+    effect.startWith(values);
     effect.process(l, r, l, r);
     const different = l.findIndex(
       (y, n) => y !== wav.readFloatLE(58 + 8 * n) || r[n] !== wav.readFloatLE(62 + 8 * n),
