@@ -35,9 +35,9 @@ export class SoundChoice extends EventTarget {
     return this.select.selectedOptions[0].textContent ?? '';
   }
 
-  /** Keeps the present choice as the one to go back to. */
-  settle() {
-    this.last = this.select.value;
+  /** Keeps a choice that plays as the one to go back to. @param {string} name */
+  settle(name) {
+    this.last = name;
   }
 
   goBack() {

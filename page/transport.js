@@ -16,6 +16,8 @@ export class Transport {
     this.choice = choice;
     /** @type {Player | null} */
     this.player = null;
+    /** @type {Promise<Player> | null} */
+    this.making = null;
     this.playing = false;
     this.choices = 0; // to tell the latest one when an earlier one is ready later
     byId('start').addEventListener('click', () => (this.playing ? this.stop() : this.start()));
@@ -40,18 +42,27 @@ export class Transport {
   async start() {
     this.show(true);
     try {
-      if (!this.player) {
-        this.player = await Player.make(this.module, this.settings);
-        this.player.context.onstatechange = () => this.contextChanged();
-        this.player.setBypass(this.bypassed);
-        this.showVolume();
-      }
-      await this.player.context.resume();
-      await this.playChoice();
+      this.making ??= this.makePlayer().catch((failure) => {
+        this.making = null;
+        throw failure;
+      });
+      const { context } = await this.making;
+      await (this.playing ? context.resume() : context.suspend());
+      if (this.playing) await this.playChoice();
     } catch (failure) {
       this.show(false);
       this.complain(`The sound did not start: ${reason(failure)}.`);
     }
+  }
+
+  /** @private */
+  async makePlayer() {
+    const player = await Player.make(this.module, this.settings);
+    this.player = player;
+    player.context.onstatechange = () => this.contextChanged();
+    player.setBypass(this.bypassed);
+    this.showVolume();
+    return player;
   }
 
   stop() {
@@ -63,26 +74,33 @@ export class Transport {
   async playChoice() {
     const { player, choice } = this;
     if (!player) return;
+    const { name, title } = choice;
     const turn = ++this.choices;
+    const overtaken = () => turn !== this.choices;
     try {
-      if (choice.name === 'nothing') {
+      if (name === 'nothing') {
         player.play(null);
-      } else if (choice.name === 'microphone') {
+      } else if (name === 'microphone') {
         if (!(await confirmMicrophone())) return choice.goBack();
         const source = await openMicrophone(player.context);
-        if (turn === this.choices && this.playing) player.play(source);
-        else source.mediaStream.getTracks().forEach((track) => track.stop());
+        if (overtaken() || !this.playing) {
+          source.mediaStream.getTracks().forEach((track) => track.stop());
+          return;
+        }
+        player.play(source);
       } else {
         const buffer = await choice.buffer(player.context.sampleRate);
-        if (turn === this.choices) player.playLoop(buffer);
+        if (overtaken()) return;
+        player.playLoop(buffer);
       }
-      choice.settle();
+      choice.settle(name);
     } catch (failure) {
+      if (overtaken()) return;
       const denied = failure instanceof DOMException && failure.name === 'NotAllowedError';
       this.complain(
         denied
           ? 'The browser does not let this page use the microphone; its permissions stand beside the address.'
-          : `${choice.title} was not played: ${reason(failure)}.`,
+          : `${title} was not played: ${reason(failure)}.`,
       );
       choice.goBack();
     }

@@ -291,8 +291,20 @@ describe('the page', () => {
       await page.close();
     }
     const page = await browser.page();
+    // The chord comes so late that the microphone overtakes it.
+    await page.evaluate(() => {
+      const { choice } = window.vesk.transport;
+      const make = choice.buffer.bind(choice);
+      choice.buffer = async (rate) => {
+        const buffer = await make(rate);
+        await new Promise((resolve) => setTimeout(resolve, 300));
+        return buffer;
+      };
+    });
     await page.click('#start');
+    await page.waitForFunction(() => window.vesk.transport.player?.context.state === 'running');
     await page.select('#source', 'microphone');
+    await sleep(400);
     await page.click('#microphone-warning .main');
     await page.waitForSelector('#notice button');
     assert.match(await noticeOf(page), /does not let this page use the microphone/);
