@@ -24,6 +24,17 @@ const sleep = (ms) => new Promise((resolve) => setTimeout(resolve, ms));
 const noticeOf = (page) => page.$eval('#notice', (e) => e.textContent);
 const valuesOf = (page) => page.evaluate(() => window.vesk.settings.values);
 
+/** What the processor answers now. */
+async function stateOf(page) {
+  await page.evaluate(() => {
+    const { player } = window.vesk.transport;
+    player.state = null;
+    player.ask();
+  });
+  await page.waitForFunction(() => window.vesk.transport.player.state);
+  return page.evaluate(() => window.vesk.transport.player.state);
+}
+
 describe('the page', () => {
   test('loads without an error, a warning or a request to elsewhere, and plays', async () => {
     const page = await browser.page('#mix=0.5');
@@ -70,11 +81,8 @@ describe('the page', () => {
           requestAnimationFrame(step);
         }),
     );
-    const { state, played } = await page.evaluate(async () => {
-      const { player } = window.vesk.transport;
-      await new Promise((resolve) => setTimeout(resolve, 100));
-      return { state: player.state, played: player.context.currentTime };
-    });
+    const played = await page.evaluate(() => window.vesk.transport.player.context.currentTime);
+    const state = await stateOf(page);
     console.log(
       `${frames / 10} pictures a second, the latest block ${(1000 * state.worstLag).toFixed(0)} ms behind, ` +
         `${state.blocks} blocks, ${(played - before).toFixed(2)} s played`,
@@ -89,14 +97,8 @@ describe('the page', () => {
   test('goes on in a hidden tab, and after the browser has paused the sound', async () => {
     const page = await browser.page('#mix=0.5');
     await page.click('#start');
-    const blocks = () =>
-      page.evaluate(async () => {
-        const { player } = window.vesk.transport;
-        player.ask();
-        await new Promise((resolve) => setTimeout(resolve, 200));
-        return player.state.blocks;
-      });
     await page.waitForFunction(() => window.vesk.transport.player?.state);
+    const blocks = async () => (await stateOf(page)).blocks;
     const other = await browser.browser.newPage();
     await other.bringToFront();
     const hidden = await blocks();
@@ -178,17 +180,16 @@ describe('the page', () => {
       attributes.map((a) => a.name).filter((name) => !reached.has(name)),
       [],
     );
-    const { sent, state } = await page.evaluate(async () => {
+    await page.waitForFunction(() => {
       const { player } = window.vesk.transport;
       player.ask();
-      await new Promise((resolve) => setTimeout(resolve, 200));
-      return { sent: window.sent, state: player.state };
+      return player.state.settings === window.sent.length; // messages that the processor has applied
     });
+    const sent = await page.evaluate(() => window.sent);
     assert.deepEqual(
       [...new Set(sent.map(([index]) => index))].sort((a, b) => a - b),
       attributes.map((_, i) => i),
     );
-    assert.equal(state.settings, sent.length, 'messages that the processor has applied');
     assert.deepEqual(page.faults, []);
     await page.close();
   });
