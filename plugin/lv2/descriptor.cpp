@@ -7,6 +7,7 @@
 #include <cstring>
 #include <exception>
 
+#include "inline_display.h"
 #include "ported_effect.h"
 
 namespace {
@@ -17,10 +18,12 @@ ported_effect& effect(LV2_Handle instance) {
     return *static_cast<ported_effect*>(instance);
 }
 
-const LV2_URID_Map* map_among(const LV2_Feature* const* features) {
+// What the host hands over for a feature; null: it lacks the feature.
+template <class Data>
+const Data* feature(const char* uri, const LV2_Feature* const* features) {
     for (; features != nullptr && *features != nullptr; ++features)
-        if (std::strcmp((*features)->URI, LV2_URID__map) == 0)
-            return static_cast<const LV2_URID_Map*>((*features)->data);
+        if (std::strcmp((*features)->URI, uri) == 0)
+            return static_cast<const Data*>((*features)->data);
     return nullptr;
 }
 
@@ -28,7 +31,9 @@ LV2_Handle instantiate(const LV2_Descriptor*, double rate, const char*,
                        const LV2_Feature* const* features) {
     if (!(rate > 0.0)) return nullptr;
     try {
-        return new ported_effect(rate, map_among(features));
+        return new ported_effect(
+            rate, feature<LV2_URID_Map>(LV2_URID__map, features),
+            feature<LV2_Inline_Display>(LV2_INLINEDISPLAY__queue_draw, features));
     } catch (const std::exception&) {
         return nullptr;  // the host reports the failure
     }
@@ -50,6 +55,16 @@ void cleanup(LV2_Handle instance) {
     delete &effect(instance);
 }
 
+LV2_Inline_Display_Image_Surface* render(LV2_Handle instance, std::uint32_t width,
+                                         std::uint32_t max_height) {
+    return effect(instance).display().draw(width, max_height);
+}
+
+const void* extension_data(const char* uri) {
+    static constexpr LV2_Inline_Display_Interface inline_display{render};
+    return std::strcmp(uri, LV2_INLINEDISPLAY__interface) == 0 ? &inline_display : nullptr;
+}
+
 constexpr LV2_Descriptor descriptor{kv7::orv::lv2::plugin_uri,
                                     instantiate,
                                     connect_port,
@@ -57,7 +72,7 @@ constexpr LV2_Descriptor descriptor{kv7::orv::lv2::plugin_uri,
                                     run,
                                     nullptr,  // deactivate: activate resets all state
                                     cleanup,
-                                    nullptr};  // extension_data
+                                    extension_data};
 
 }  // namespace
 

@@ -12,6 +12,8 @@ namespace kv7::orv::lv2 {
 namespace {
 
 constexpr std::size_t delay_attribute = attribute_index("delay");
+constexpr std::size_t feedback_attribute = attribute_index("feedback");
+constexpr std::size_t channel_mode_attribute = attribute_index("channel_mode");
 constexpr std::size_t mod_freq_attribute = attribute_index("mod_freq");
 constexpr std::size_t noise_attribute = attribute_index("noise");
 constexpr double longest_delay = attribute_table[delay_attribute].high;  // s
@@ -30,8 +32,13 @@ bool differs(double a, double b) noexcept {
 
 }  // namespace
 
-ported_effect::ported_effect(double rate, const LV2_URID_Map* map)
-    : rate_(rate), driver_(prepared_driver(rate)), tempo_(map), bypass_(rate) {
+ported_effect::ported_effect(double rate, const LV2_URID_Map* map,
+                             const LV2_Inline_Display* display)
+    : rate_(rate),
+      driver_(prepared_driver(rate)),
+      tempo_(map),
+      bypass_(rate),
+      display_(rate, display) {
     for (const control_port& port : control_ports()) {
         if (port.own != own_control_count)
             own_[port.own] = values_.size();
@@ -95,6 +102,7 @@ void ported_effect::run(std::uint32_t frames) {
     }
     run_to(done, frames);  // without frames, too: it passes the changes on
     write_readouts(frames);
+    if (display_.is_shown()) show_echoes(frames);
 }
 
 bool ported_effect::trigger::read(double block_frames, double rate) noexcept {
@@ -226,6 +234,18 @@ void ported_effect::write_readouts(std::size_t frames) noexcept {
         const float db = 20.0f * std::log10(std::max(peaks_[c], 1e-6f));
         tell(c == 0 ? peak_left : peak_right, db);
     }
+}
+
+void ported_effect::show_echoes(std::size_t frames) noexcept {
+    const orvane::blocks::vesk::Vesk& engine = *driver_->core.engine;
+    const orvane::blocks::vesk::Pair seconds = engine.delay_heard();
+    constexpr auto pingpong = static_cast<double>(vesk::channel_mode::pingpong);
+    display_.show({.delay = {seconds[0], seconds[1]},
+                   .feedback = static_cast<float>(sent_[feedback_attribute][0]),
+                   .reduction_db = engine.duck_on ? engine.ducker.reduction_db[0] : 0.0f,
+                   .pingpong = sent_[channel_mode_attribute][0] == pingpong,
+                   .enabled = is_on(enabled)},
+                  frames);
 }
 
 }  // namespace kv7::orv::lv2

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "bypass.h"
+#include "echo_display.h"
 #include "host_tempo.h"
 #include "port_list.h"
 #include "vesk_driver.h"
@@ -20,8 +21,8 @@ namespace kv7::orv::lv2 {
 
 class ported_effect {
 public:
-    // rate in Hz; map may be null. Throws std::bad_alloc.
-    ported_effect(double rate, const LV2_URID_Map* map);
+    // rate in Hz; map and display may be null. Throws std::bad_alloc.
+    ported_effect(double rate, const LV2_URID_Map* map, const LV2_Inline_Display* display);
 
     // Between two blocks. data stays valid until the next run has returned; null: not connected. A
     // control that is not connected keeps its value, an input is silent, an output is dropped.
@@ -35,6 +36,9 @@ public:
     // start, a tempo at its frame. An output may share its memory with any input. Input that is not
     // finite is taken as 0.
     void run(std::uint32_t frames);
+
+    // The host's graphics thread.
+    echo_display& display() noexcept { return display_; }
 
 private:
     using attribute_values = std::array<double, list_length>;
@@ -62,6 +66,7 @@ private:
     void run_to(std::size_t begin, std::size_t end);
     void process_sub_block(std::size_t begin, std::size_t frames);
     void write_readouts(std::size_t frames) noexcept;
+    void show_echoes(std::size_t frames) noexcept;
 
     static constexpr std::size_t sub_block_frames = 64;  // at most; the last of a block is shorter
 
@@ -70,6 +75,7 @@ private:
     bool is_new_ = true;  // no run since the driver was built
     host_tempo tempo_;
     bypass bypass_;
+    echo_display display_;
     std::vector<const float*> controls_;  // in the order of control_ports
     std::vector<double> values_;          // of these, when last read
     std::array<std::array<std::size_t, list_length>, attribute_count> elements_{};  // in values_

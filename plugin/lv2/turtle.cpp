@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "inline_display.h"
 #include "port_list.h"
 
 namespace kv7::orv::lv2 {
@@ -221,13 +222,18 @@ void write_plugin(std::ostream& out, const version& of_project) {
         << uri("project") << "\n\ta doap:Project ;\n\tdoap:name \"Vesk\" ;\n"
         << "\tdoap:maintainer [ foaf:name " << in_quotes(class_metadata::author) << " ] .\n";
     write_groups(out);
+    // The extension has no file that says so.
+    out << "\n<" << LV2_INLINEDISPLAY__interface << "> a lv2:ExtensionData .\n<"
+        << LV2_INLINEDISPLAY__queue_draw << "> a lv2:Feature .\n";
     out << '\n'
         << uri() << "\n\ta lv2:Plugin , lv2:DelayPlugin ;\n\tdoap:name \"Vesk\" ;\n"
         << "\trdfs:comment " << in_quotes(class_metadata::description) << " ;\n"
         << "\tlv2:project " << uri("project") << " ;\n"
         << "\tlv2:minorVersion " << 2 * (100 * of_project.major + of_project.minor) << " ;\n"
         << "\tlv2:microVersion " << 2 * of_project.patch << " ;\n"
-        << "\tlv2:optionalFeature lv2:hardRTCapable , urid:map ;\n"
+        << "\tlv2:optionalFeature lv2:hardRTCapable , urid:map ,\n\t\t<"
+        << LV2_INLINEDISPLAY__queue_draw << "> ;\n"
+        << "\tlv2:extensionData <" << LV2_INLINEDISPLAY__interface << "> ;\n"
         << "\tpg:mainInput " << uri("input") << " ;\n"
         << "\tpg:mainOutput " << uri("output") << " ;\n";
     port_writer ports(out);

@@ -11,6 +11,7 @@
 #include <array>
 #include <cmath>
 #include <cstdlib>
+#include <cstring>
 #include <memory>
 #include <new>
 #include <optional>
@@ -19,6 +20,7 @@
 #include <vector>
 
 #include "dice.h"
+#include "inline_display.h"
 #include "port_list.h"
 #include "vesk_driver.h"
 
@@ -249,6 +251,22 @@ public:
     Host(const Host&) = delete;
     Host& operator=(const Host&) = delete;
 
+    // The colours of the small picture, row by row.
+    std::vector<std::uint32_t> picture(std::uint32_t width, std::uint32_t max_height) {
+        const auto* const display = static_cast<const LV2_Inline_Display_Interface*>(
+            calls_.extension_data(LV2_INLINEDISPLAY__interface));
+        const LV2_Inline_Display_Image_Surface* const made =
+            display->render(plugin_, width, max_height);
+        if (made == nullptr) return {};
+        EXPECT_EQ(made->width, static_cast<int>(width));
+        EXPECT_LE(made->height, static_cast<int>(max_height));
+        EXPECT_EQ(made->stride, 4 * made->width);
+        std::vector<std::uint32_t> pixels(width * static_cast<std::size_t>(made->height));
+        std::memcpy(pixels.data(), made->data, 4 * pixels.size());
+        return pixels;
+    }
+    int pictures_asked = 0;
+
     float& port(const std::string& symbol) {
         for (auto& [name, value] : ports_)
             if (name == symbol) return value;
@@ -299,7 +317,12 @@ private:
     const LV2_Descriptor& calls_ = *descriptor(0);
     LV2_URID_Map map_{nullptr, [](LV2_URID_Map_Handle, const char* uri) { return id_of(uri); }};
     const LV2_Feature map_feature_{LV2_URID__map, &map_};
-    const LV2_Feature* features_[2] = {&map_feature_, nullptr};
+    const LV2_Inline_Display display_{
+        this, [](void* host) { ++static_cast<Host*>(host)->pictures_asked; }};
+    // A feature of a host's is a pointer to data that aren't const.
+    const LV2_Feature display_feature_{LV2_INLINEDISPLAY__queue_draw,
+                                       const_cast<LV2_Inline_Display*>(&display_)};
+    const LV2_Feature* features_[3] = {&map_feature_, &display_feature_, nullptr};
     LV2_Handle plugin_;
     std::vector<std::pair<std::string, float>> ports_;
     LV2_Atom_Forge forge_{};
@@ -451,6 +474,38 @@ TEST(Plugin, ClearsAtEveryPressAlsoWhereTheHostLatchesIt) {
     EXPECT_EQ(tail_after(host, 0, 20000), 0.0f) << "it was latched";
     EXPECT_EQ(tail_after(host, 1, 5000), 0.0f) << "a press";
     EXPECT_GT(tail_after(host, 0, 20000), 0.1f) << "the button springs back";
+}
+
+// The columns of the small picture in which bars begin, times a hundredth of its span.
+TEST(Plugin, DrawsTheEchoesThatAreHeard) {
+    Host host({{"delay_left", 0.25f}, {"delay_right", 0.4f}, {"feedback", 0.5f}});
+    heap_calls = 0;
+    const auto bars = [&host](bool left) {
+        constexpr std::size_t width = 100;
+        const std::vector<std::uint32_t> pixels = host.picture(width, 1000);
+        const std::size_t rows = pixels.size() / width;
+        const std::size_t row = left ? rows / 2 - 1 : rows / 2 + 1;
+        std::vector<std::size_t> columns;
+        for (std::size_t x = 0; x < width; ++x)
+            if (pixels[row * width + x] != pixels[0]) columns.push_back(x);
+        return columns;
+    };
+    host.run(noise(4410));
+    EXPECT_EQ(host.pictures_asked, 1);
+    using columns = std::vector<std::size_t>;
+    // Of two seconds; the eighth echo is 42 dB down and the last that is seen.
+    EXPECT_EQ(bars(true), (columns{12, 25, 37, 50, 62, 75, 87}));
+    EXPECT_EQ(bars(false), (columns{20, 40, 60, 80}));
+    host.port("channel_mode") = 1;
+    for (int block = 0; block < 100; ++block) host.run(noise(64));  // 0.15 s
+    EXPECT_GT(host.pictures_asked, 1);
+    EXPECT_LT(host.pictures_asked, 6);
+    EXPECT_EQ(bars(true), (columns{12, 45, 77}));
+    EXPECT_EQ(bars(false), (columns{32, 65, 97}));
+    EXPECT_EQ(heap_calls, 0);
+    EXPECT_TRUE(host.picture(0, 10).empty());
+    for (const std::uint32_t size : {1u, 2u, 3u, 17u}) EXPECT_FALSE(host.picture(size, 1).empty());
+    EXPECT_EQ(descriptor(0)->extension_data("urn:none"), nullptr);
 }
 
 // Hosts may leave ports unconnected, and connect them with null.
