@@ -52,7 +52,7 @@ LV2_Inline_Display_Image_Surface* echo_display::draw(std::uint32_t width,
     const std::array<float, 2> delay{delay_[0], delay_[1]};
     const float span = span_of(delay);
     const float step_db = 20.0f * std::log10(std::max(feedback_.load(), 1e-6f));
-    const std::size_t bar_width = std::max<std::size_t>(w / 80, 1);
+    const std::size_t bar_width = std::max<std::size_t>(w / 40, 1);
     const auto echo = [&](std::size_t side, float seconds, float db) {
         const auto x =
             static_cast<std::size_t>(std::lround(seconds / span * static_cast<float>(w)));

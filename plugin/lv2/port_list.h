@@ -40,18 +40,28 @@ struct note_value {
     program::note_length length;
 };
 
-// From short to long.
+// From short to long. A host drops one of two names that differ by what follows a digit, such as
+// "1/8" and "1/8t".
 using program::note_length;
 inline constexpr std::array note_values{
-    note_value{"1/32t", 32, note_length::triplet}, note_value{"1/32", 32, note_length::plain},
-    note_value{"1/16t", 16, note_length::triplet}, note_value{"1/32.", 32, note_length::dotted},
-    note_value{"1/16", 16, note_length::plain},    note_value{"1/8t", 8, note_length::triplet},
-    note_value{"1/16.", 16, note_length::dotted},  note_value{"1/8", 8, note_length::plain},
-    note_value{"1/4t", 4, note_length::triplet},   note_value{"1/8.", 8, note_length::dotted},
-    note_value{"1/4", 4, note_length::plain},      note_value{"1/2t", 2, note_length::triplet},
-    note_value{"1/4.", 4, note_length::dotted},    note_value{"1/2", 2, note_length::plain},
-    note_value{"1/1t", 1, note_length::triplet},   note_value{"1/2.", 2, note_length::dotted},
-    note_value{"1/1", 1, note_length::plain},      note_value{"1/1.", 1, note_length::dotted},
+    note_value{"Triplet 1/32", 32, note_length::triplet},
+    note_value{"1/32", 32, note_length::plain},
+    note_value{"Triplet 1/16", 16, note_length::triplet},
+    note_value{"Dotted 1/32", 32, note_length::dotted},
+    note_value{"1/16", 16, note_length::plain},
+    note_value{"Triplet 1/8", 8, note_length::triplet},
+    note_value{"Dotted 1/16", 16, note_length::dotted},
+    note_value{"1/8", 8, note_length::plain},
+    note_value{"Triplet 1/4", 4, note_length::triplet},
+    note_value{"Dotted 1/8", 8, note_length::dotted},
+    note_value{"1/4", 4, note_length::plain},
+    note_value{"Triplet 1/2", 2, note_length::triplet},
+    note_value{"Dotted 1/4", 4, note_length::dotted},
+    note_value{"1/2", 2, note_length::plain},
+    note_value{"Triplet 1/1", 1, note_length::triplet},
+    note_value{"Dotted 1/2", 2, note_length::dotted},
+    note_value{"1/1", 1, note_length::plain},
+    note_value{"Dotted 1/1", 1, note_length::dotted},
 };
 
 struct control_port {
@@ -81,7 +91,7 @@ enum readout_port : std::size_t {
     delay_read_left,   // s
     delay_read_right,  // s
     gate_gain,         // 0 to 1; 1 while the gate is off
-    gain_reduction,    // of the ducker, in dB, at most 0
+    gain_reduction,    // of the ducker, in dB, at least 0
     peak_left,         // of the output's block, in dBFS
     peak_right,
     readout_count

@@ -228,7 +228,7 @@ void ported_effect::write_readouts(std::size_t frames) noexcept {
     tell(delay_read_left, seconds[0]);
     tell(delay_read_right, seconds[1]);
     tell(gate_gain, engine.gate_on ? engine.gate_gain : 1.0f);
-    tell(gain_reduction, engine.duck_on ? engine.ducker.reduction_db[0] : 0.0f);
+    tell(gain_reduction, engine.duck_on ? std::abs(engine.ducker.reduction_db[0]) : 0.0f);
     if (frames == 0) return;
     for (std::size_t c = 0; c < 2; ++c) {
         const float db = 20.0f * std::log10(std::max(peaks_[c], 1e-6f));

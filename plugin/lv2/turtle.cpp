@@ -145,9 +145,7 @@ void write_control_port(port_writer& ports, const control_port& port) {
     if (port.kind == attribute_kind::toggle) ports.line("lv2:portProperty", "lv2:toggled");
     if (port.kind == attribute_kind::choice)
         ports.line("lv2:portProperty", "lv2:integer , lv2:enumeration");
-    // Clicks are to be expected where an attribute of these kinds is set while sound passes.
-    if (port.kind != attribute_kind::continuous && port.own == own_control_count)
-        ports.line("lv2:portProperty", "pprops:causesArtifacts");
+    // Not pprops:causesArtifacts, where a switch may click: a host then doesn't automate it.
     if (is_logarithmic(port)) ports.line("lv2:portProperty", "pprops:logarithmic");
     if (port.own == enabled) ports.line("lv2:designation", "lv2:enabled");
     for (std::size_t i = 0; i < port.value_names.size(); ++i)
@@ -161,8 +159,7 @@ void write_trigger_port(port_writer& ports, const plain_port& port) {
     ports.line("rdfs:comment", in_quotes(port.comment));
     ports.line("lv2:default", decimal(port.low));
     write_range(ports, port.low, port.high);
-    ports.line("lv2:portProperty",
-               "lv2:toggled , pprops:trigger , pprops:causesArtifacts , lv2:connectionOptional");
+    ports.line("lv2:portProperty", "lv2:toggled , pprops:trigger , lv2:connectionOptional");
 }
 
 void write_readout_port(port_writer& ports, const plain_port& port) {

@@ -1,22 +1,25 @@
 #!/usr/bin/env bash
 # The plugin live: a JACK server on its dummy driver, jalv as the host, a client that plays a
-# recording into it and another that records what goes in and comes out. Controls change while it
-# plays; before and after, the output must be what lv2apply makes of the recorded input, and the
-# server may report no drop-out.
+# recording into it and another that records what goes in and comes out. The host starts from a saved
+# state. Controls and the server's tempo change while it plays; before and after, the output must be
+# what lv2apply makes of the recorded input, and the server may report no drop-out.
 #
-#   live.sh BUNDLES     folder with vesk.lv2
+#   live.sh BUNDLES SAVE_STATE     folder with vesk.lv2; the program of save_state.cpp
 #
 # Exit 77: a program is missing, and nothing was tested.
 set -euo pipefail
 
 export LV2_PATH
 LV2_PATH=$(realpath "$1")
+save_state=$2
 recording=/usr/share/sonic-pi/samples/loop_amen.flac
 # With repitch alone is the output free of how long the host has run before.
 start=(delay_left=0.2 delay_right=0.15 repitch=1 mix=0.5 drywetmode=1)
-later=(mix=0.8 feedback=0.9 delay_left=0.1 fbinvert=1 clear=1 width=0.3 reset=1)
+later=(mix=0.8 feedback=0.9 sync=1 division_right=7 fbinvert=1 clear=1 width=0.3 reset=1)
+# A quarter and an eighth at the tempo.
+tempo=150 at_tempo=(sync=0 delay_left=0.4 delay_right=0.2)
 
-for program in jackd jack_wait jack_lsp jack_connect jack_rec jalv sndfile-jackplay sox lv2apply; do
+for program in "$save_state" jackd jack_wait jack_transport jack_lsp jack_connect jack_rec jalv sndfile-jackplay sox lv2apply; do
   command -v $program >/dev/null || { echo "live: not run, there is no $program" >&2; exit 77; }
 done
 [ -r $recording ] || { echo "live: not run, there is no $recording" >&2; exit 77; }
@@ -66,6 +69,9 @@ change() {
     sleep 0.2
     echo "set ${setting/=/ }" >&8
   done
+  # The last tempo stays when the transport stops and whoever tells it goes.
+  { for command in master "tempo $tempo" play stop exit; do echo "$command"; sleep 0.4; done; } |
+    timeout 10 jack_transport >transport.log 2>&1 8>&- 9>&-
 }
 record() {
   timeout 30 jack_rec -f recorded.wav -d 3 -b 32 \
@@ -98,7 +104,8 @@ started+=($!)
 jack_wait -w -t 10 >/dev/null 2>&1 || fail "the server did not come up"
 
 # The host ends with its input, so that stays open.
-jalv -x -n vesk $(printf -- '-c %s ' "${start[@]}") urn:orvane:vesk <host.commands >host.log 2>&1 8>&- &
+"$save_state" "$LV2_PATH/vesk.lv2" state "${start[@]}" || fail "the state was not saved"
+jalv -x -n vesk -l state <host.commands >host.log 2>&1 8>&- &
 started+=($!)
 exec 8>host.commands
 await vesk:out_right
@@ -111,7 +118,7 @@ for held in 0 1; do
   sleep 1
 done
 play record
-compare "${start[@]}" "${later[@]}"
+compare "${start[@]}" "${later[@]}" "${at_tempo[@]}"
 ! grep -i -e xrun -e 'not finished' -e 'process error' server.log >&2 ||
   fail "the server reports a drop-out"
 echo "live: no drop-out"
