@@ -13,7 +13,7 @@
 
 namespace orvane::blocks::vesk {
 
-constexpr std::size_t max_block = 32;  // frames
+constexpr std::size_t max_block = 64;  // frames
 
 // Interleaved frames. Their number is passed alongside; frames past it are uninitialised.
 struct alignas(Oct) Block {

@@ -132,8 +132,10 @@ VESK_INLINE constexpr T broadcast(float x) noexcept {
         return Pair{x, x};
     else if constexpr (std::is_same_v<T, Quad>)
         return Quad{x, x, x, x};
-    else
+    else if constexpr (std::is_same_v<T, Oct>)
         return Oct{x, x, x, x, x, x, x, x};
+    else
+        return T::broadcast(x);
 }
 
 // x in every frame. As four elements of 64 bits, for which the compilers use one instruction.

@@ -10,6 +10,7 @@
 #include "engine/prefetch.h"
 #include "engine/routing.h"
 #include "engine/saturator.h"
+#include "engine/side_by_side.h"
 #include "engine/vesk.h"
 
 namespace orvane::blocks::vesk {
@@ -147,7 +148,7 @@ VESK_INLINE void decode_and_saturate(const Vesk& engine, Block& delayed, std::si
         map_into(
             delayed, n, [=](auto d) VESK_LAMBDA { return routing.decode(d); }, delayed);
     });
-    map_into(
+    map_side_by_side_into(
         delayed, n, [](auto d) VESK_LAMBDA { return saturate(d); }, delayed);
 }
 

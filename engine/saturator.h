@@ -21,7 +21,7 @@ VESK_INLINE T saturate(T x) noexcept {
     const T curve = fast_tanh(fast_tanh<T>(x * saturator_drive + saturator_bias));
     const T v = (curve - saturator_rest) * saturator_gain;
     const T bound = abs(x);
-    return bound < v ? bound : max(-bound, v);
+    return max(-bound, min(bound, v));
 }
 
 }  // namespace orvane::blocks::vesk
