@@ -1,5 +1,5 @@
-// What an instance of the object holds, at three rates: the memory that is resident while sixteen of
-// them are ready to play, less that while there is none, by the system's count.
+// What an instance of the object holds, at three rates: by the system's count, the memory that is
+// resident while sixteen of them are ready to play, less that before the first one.
 #include <unistd.h>
 
 #include <cstdio>

@@ -55,8 +55,8 @@ struct Modulator {
     VESK_INLINE Pair step_envelope(Pair level) noexcept;
     // The phases of both channels. offset: the values of phase_offset.
     template <class Values>
-    VESK_INLINE static Block phases_of_both(const float* left, Values offset,
-                                            std::size_t n) noexcept;
+    VESK_INLINE static void phases_of_both(const float* left, Values offset, std::size_t n,
+                                           Block& phases) noexcept;
     // The output for n frames from what those two gave for them. offset: the values of
     // phase_offset; mix: those of envelope_mix.
     template <class Values>
@@ -141,14 +141,12 @@ VESK_INLINE float Modulator::step_phase() noexcept {
 }
 
 template <class Values>
-VESK_INLINE Block Modulator::phases_of_both(const float* left, Values offset,
-                                            std::size_t n) noexcept {
-    Block phases;
+VESK_INLINE void Modulator::phases_of_both(const float* left, Values offset, std::size_t n,
+                                           Block& phases) noexcept {
     for_each_vector(n, [&]<class T>(std::size_t i) VESK_LAMBDA {
         const auto l = load<Mono<T>>(left + i);
         phases.set(i, interleave(l, advance_phase(l, offset.template mono<Mono<T>>(i))));
     });
-    return phases;
 }
 
 VESK_INLINE Pair Modulator::step_envelope(Pair level) noexcept {

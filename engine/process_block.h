@@ -78,7 +78,7 @@ VESK_INLINE ControlSignals run_control_stages(Vesk& engine, const Parameters<Val
     } else {
         for (std::size_t i = 0; i < n; ++i) step_modulator(i);
     }
-    out.lfo_phases = Modulator::phases_of_both(left_phases, p.phase_offset, n);
+    Modulator::phases_of_both(left_phases, p.phase_offset, n, out.lfo_phases);
     engine.modulator.phase = modulator.phase;
     engine.modulator.envelope = modulator.envelope;
     engine.gate_open = gate.gate_open;
