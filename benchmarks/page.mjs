@@ -36,7 +36,7 @@ const settings = {
 
 function inNode(v) {
   const effect = new Effect(module, rate);
-  effect.jumpToAll(v);
+  effect.startWith(v);
   const block = () => Float32Array.from({ length: 128 }, () => Math.random() - 0.5);
   const [l, r, outL, outR] = [block(), block(), block(), block()];
   const blocks = (seconds * rate) / 128;
@@ -82,11 +82,16 @@ new Effect(module, rate);
 console.log(`an instance is made in ${(performance.now() - begin).toFixed(0)} ms`);
 
 const browser = await openBrowser();
-const page = await browser.page();
-for (const [name, v] of Object.entries(settings)) {
-  const node = Math.min(...Array.from({ length: runs }, () => inNode(v)));
-  let chromium = Infinity;
-  for (let i = 0; i < runs; ++i) chromium = Math.min(chromium, await inChromium(page, v));
-  console.log(`${name}: ${node.toFixed(0)} ns a frame in Node, ${chromium.toFixed(0)} in Chromium`);
+try {
+  const page = await browser.page();
+  for (const [name, v] of Object.entries(settings)) {
+    const node = Math.min(...Array.from({ length: runs }, () => inNode(v)));
+    let chromium = Infinity;
+    for (let i = 0; i < runs; ++i) chromium = Math.min(chromium, await inChromium(page, v));
+    console.log(
+      `${name}: ${node.toFixed(0)} ns a frame in Node, ${chromium.toFixed(0)} in Chromium`,
+    );
+  }
+} finally {
+  await browser.close(); // its process would keep this one alive
 }
-await browser.close();
