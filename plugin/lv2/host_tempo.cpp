@@ -3,8 +3,6 @@
 #include <lv2/atom/util.h>
 #include <lv2/time/time.h>
 
-#include <cmath>
-
 namespace kv7::orv::lv2 {
 
 host_tempo::host_tempo(const LV2_URID_Map* map) : hears_(map != nullptr) {
@@ -42,7 +40,8 @@ void host_tempo::read(const LV2_Atom_Event& event) noexcept {
     const LV2_Atom* bpm = nullptr;
     const LV2_Atom* unit = nullptr;
     lv2_atom_object_get(&object, ids_.beats_per_minute, &bpm, ids_.beat_unit, &unit, 0);
-    const auto is_tempo = [](double x) { return std::isfinite(x) && x > 0.0; };
+    // Within what keeps every note's length finite.
+    const auto is_tempo = [](double x) { return x >= 1e-3 && x <= 1e6; };
     if (const auto now = number_of(bpm); now && is_tempo(*now)) beats_per_minute_ = *now;
     if (const auto now = number_of(unit); now && is_tempo(*now)) beat_unit_ = *now;
 }

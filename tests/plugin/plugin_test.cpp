@@ -359,11 +359,14 @@ TEST(Plugin, FollowsTheTempoAsIfItsTimesWereSet) {
     constexpr float eighth = 7, dotted_quarter = 12, triplet_half = 11;
     const Step steps[] = {
         {{}, {}, 1, 0.1f, 0.2f, 3},  // no tempo known: the ports in seconds and Hz
-        {120, {}, 1, 0.25f, 0.75f, 1.5f},     {96, {}, 1, 0.3125f, 0.9375f, 1.2f},  // a jump
+        {120, {}, 1, 0.25f, 0.75f, 1.5f},
+        {96, {}, 1, 0.3125f, 0.9375f, 1.2f},  // a jump
         {{}, {}, 0, 0.3125f, 0.9375f, 1.2f},  // stopped: the last one stays
-        {0.0, {}, 0, 0.3125f, 0.9375f, 1.2f}, {std::nan(""), {}, 1, 0.3125f, 0.9375f, 1.2f},
-        {120, 8, 1, 0.5f, 1.5f, 0.75f},   // of eighths
-        {15, 4, 1, 2.0f, 3.0f, 0.1875f},  // six seconds are halved
+        {0.0, {}, 0, 0.3125f, 0.9375f, 1.2f},
+        {std::nan(""), {}, 1, 0.3125f, 0.9375f, 1.2f},
+        {1e-310, {}, 1, 0.3125f, 0.9375f, 1.2f},  // notes without end
+        {120, 8, 1, 0.5f, 1.5f, 0.75f},           // of eighths
+        {15, 4, 1, 2.0f, 3.0f, 0.1875f},          // six seconds are halved
     };
     for (const float repitch : {0.0f, 1.0f}) {
         Host synced({{"sync", 1},
