@@ -97,6 +97,11 @@ constexpr entry entries[] = {
      .short_name = "Duck threshold",
      .comment = "Input over this level lowers the wet signal; at 0 dB none does."},
     {.symbol = "duck_release", .short_name = "Duck release"},
+    {.symbol = "free_wheeling",
+     .name = "Free wheeling",
+     .comment = "Hosts set it while they render faster than real time: no picture is drawn. The "
+                "sound is the same.",
+     .own = free_wheeling},
 };
 
 constexpr std::string_view attribute_of(const entry& e) {

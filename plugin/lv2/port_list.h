@@ -31,6 +31,7 @@ enum own_control : std::size_t {
     division_right,
     mod_sync,  // the modulation's period is a note at the host's tempo
     mod_division,
+    free_wheeling,  // the host renders as fast as it can: nobody looks at pictures
     own_control_count
 };
 

@@ -102,7 +102,7 @@ void ported_effect::run(std::uint32_t frames) {
     }
     run_to(done, frames);  // without frames, too: it passes the changes on
     write_readouts(frames);
-    if (display_.is_shown()) show_echoes(frames);
+    if (display_.is_shown() && !is_on(free_wheeling)) show_echoes(frames);
 }
 
 bool ported_effect::trigger::read(double block_frames, double rate) noexcept {

@@ -148,6 +148,10 @@ void write_control_port(port_writer& ports, const control_port& port) {
     // Not pprops:causesArtifacts, where a switch may click: a host then doesn't automate it.
     if (is_logarithmic(port)) ports.line("lv2:portProperty", "pprops:logarithmic");
     if (port.own == enabled) ports.line("lv2:designation", "lv2:enabled");
+    if (port.own == free_wheeling) {
+        ports.line("lv2:designation", "lv2:freeWheeling");
+        ports.line("lv2:portProperty", "pprops:notOnGUI");
+    }
     for (std::size_t i = 0; i < port.value_names.size(); ++i)
         ports.line("lv2:scalePoint", "[ rdfs:label " + in_quotes(capitalised(port.value_names[i])) +
                                          " ; rdf:value " + std::to_string(i) + " ]");
@@ -251,8 +255,8 @@ void write_presets(std::ostream& out, std::span<const preset> presets) {
             << in_quotes(p.description) << " ;\n\tlv2:port ";
         const char* between = "";
         for (const control_port& port : control_ports()) {
-            // Whether the effect is on at all is not for a preset to say.
-            if (port.own == enabled) continue;
+            // Whether the effect is on at all and how the host runs are not for a preset to say.
+            if (port.own == enabled || port.own == free_wheeling) continue;
             const double value = port.own == own_control_count
                                      ? p.values[port.attribute][port.element]
                                      : port.standard;

@@ -52,14 +52,14 @@ export LV2_PATH=$bundles GST_REGISTRY=$work/registry
 # The name of its class stands with LV2's own bundles.
 LV2_PATH=$bundles:/usr/lib/lv2 lv2info $uri >info 2>warnings || fail "lv2info failed"
 [ ! -s warnings ] || { cat warnings >&2; fail "lv2info warned"; }
-# A port an attribute, two a list, of audio four, of events one, seven of the plugin's own (three of
+# A port an attribute, two a list, of audio four, of events one, eight of the plugin's own (three of
 # them note values), two triggers, six readouts; the renderer lists the attributes.
 "$vesk" attributes --json >attributes
 of() { grep -c "\"type\": *\"$1\"" attributes || true; }
 shows() { [ "$(grep -c "$1" info)" = "$2" ] || fail "lv2info shows $(grep -c "$1" info) of $1, expected $2"; }
-shows $'^\tPort [0-9]*:' $(($(of number) + 2 * $(of list) + $(of toggle) + $(of choice) + 20))
+shows $'^\tPort [0-9]*:' $(($(of number) + 2 * $(of list) + $(of toggle) + $(of choice) + 21))
 shows '#AudioPort' 4
-shows '#toggled' $(($(of toggle) + 5))
+shows '#toggled' $(($(of toggle) + 6))
 shows '#enumeration' $(($(of choice) + 4))
 shows '#hardRTCapable' 1
 shows 'Class: *Delay Plugin' 1

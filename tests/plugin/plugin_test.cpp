@@ -506,6 +506,11 @@ TEST(Plugin, DrawsTheEchoesThatAreHeard) {
     EXPECT_LT(host.pictures_asked, 6);
     EXPECT_EQ(bars(true), (columns{12, 45, 77}));
     EXPECT_EQ(bars(false), (columns{32, 65, 97}));
+    const int asked = host.pictures_asked;
+    host.port("channel_mode") = 0;
+    host.port("free_wheeling") = 1;
+    host.run(noise(4410));
+    EXPECT_EQ(host.pictures_asked, asked);
     EXPECT_EQ(heap_calls, 0);
     EXPECT_TRUE(host.picture(0, 10).empty());
     for (const std::uint32_t size : {1u, 2u, 3u, 17u}) EXPECT_FALSE(host.picture(size, 1).empty());
