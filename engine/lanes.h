@@ -30,6 +30,8 @@ using IntPair = std::int32_t __attribute__((vector_size(8)));
 using IntQuad = std::int32_t __attribute__((vector_size(16)));
 using IntOct = std::int32_t __attribute__((vector_size(32)));
 using LongQuad = std::int64_t __attribute__((vector_size(32)));
+using UnsignedLongQuad = std::uint64_t __attribute__((vector_size(32)));
+using DoubleQuad = double __attribute__((vector_size(32)));
 
 template <class T>
 constexpr std::size_t lane_count = sizeof(T) / sizeof(float);
@@ -119,6 +121,14 @@ VESK_INLINE Quad to_float(IntQuad x) noexcept {
 }
 VESK_INLINE Oct to_float(IntOct x) noexcept {
     return __builtin_convertvector(x, Oct);
+}
+
+// Integers from 0 to 2^52 - 1, which are exact in a double: rounded once, as from 64 bits.
+VESK_INLINE Quad to_float(UnsignedLongQuad x) noexcept {
+    constexpr double two_to_52 = 4503599627370496.0;  // its neighbours are 1 apart
+    const auto raised =
+        __builtin_bit_cast(DoubleQuad, x | __builtin_bit_cast(std::uint64_t, two_to_52));
+    return __builtin_convertvector(raised - two_to_52, Quad);
 }
 
 // ---- broadcast ---------------------------------------------------------------------------------
@@ -265,7 +275,7 @@ VESK_INLINE T reverse(T x) noexcept {
         return x;
     else if constexpr (sizeof(T) == 2 * Bytes)
         return __builtin_shufflevector(x, x, 1, 0);
-    else if constexpr (std::is_same_v<T, Quad> && Bytes == 4)
+    else if constexpr (lane_count<T> == 4 && Bytes == 4)
         return __builtin_shufflevector(x, x, 3, 2, 1, 0);
     else if constexpr (std::is_same_v<T, Oct> && Bytes == 8)
         return __builtin_shufflevector(x, x, 6, 7, 4, 5, 2, 3, 0, 1);
@@ -293,6 +303,17 @@ VESK_INLINE Transposed transpose(Oct p, Oct q, Oct r, Oct s) noexcept {
 template <class T>
 VESK_INLINE constexpr T abs(T x) noexcept {
     return from_bits<T>(bits_of(x) & 0x7FFFFFFF);
+}
+VESK_INLINE std::int64_t sign(std::int64_t x) noexcept {
+    return (x > 0) - (x < 0);
+}
+// The upper 32 bits of each.
+VESK_INLINE IntQuad high_halves(LongQuad x) noexcept {
+    const auto halves = __builtin_bit_cast(IntOct, x);
+    return __builtin_shufflevector(halves, halves, 1, 3, 5, 7);
+}
+VESK_INLINE bool any_negative(LongQuad x) noexcept {
+    return (x[0] | x[1] | x[2] | x[3]) < 0;
 }
 // The absolute value of x with the sign of y.
 template <class T>

@@ -3,6 +3,9 @@
 // Included by the two kernels only (process_portable, process_fma); all others call Vesk::process.
 #pragma once
 
+#include <cstddef>
+#include <type_traits>
+
 #include "engine/block.h"
 #include "engine/frame_values.h"
 #include "engine/lanes.h"
@@ -13,7 +16,14 @@
 #include "engine/side_by_side.h"
 #include "engine/vesk.h"
 
+// A part of the block's way that is a function of its own, with all that it calls inlined: in one
+// function for all, compilers spill more registers.
+#define VESK_STAGE [[gnu::noinline, gnu::flatten]] static
+
 namespace orvane::blocks::vesk {
+
+// The number of frames of a block of one, known to the compiler.
+using OneFrame = std::integral_constant<std::size_t, 1>;
 
 // The outputs of the recursive stages that depend on nothing but the raw input. They are computed
 // for a whole block before any audio. Those of stages that are off are uninitialised.
@@ -30,9 +40,9 @@ struct ControlSignals {
     }
 };
 
-template <class Values>
-VESK_INLINE ControlSignals run_control_stages(Vesk& engine, const Parameters<Values>& p,
-                                              const Block& x, std::size_t n) noexcept {
+template <class Values, class Count>
+VESK_STAGE ControlSignals run_control_stages(Vesk& engine, const Parameters<Values>& p,
+                                             const Block& x, Count n) noexcept {
     const bool gate_on = engine.gate_on;
     const bool duck_on = engine.duck_on;
     const bool reverb_on = engine.reverb_amount != 0.0f;
@@ -216,10 +226,10 @@ VESK_INLINE Block mixed(const Vesk& engine, const Parameters<Values>& p, const B
 
 // The audio stages for n frames of which none reads what another one writes. They begin at frame
 // first of the plan.
-template <class Values>
-VESK_INLINE Block process_sub_block(Vesk& engine, const Parameters<Values>& p, const Block& x,
-                                    const ControlSignals& control, const ReadPlan& plan,
-                                    std::size_t first, std::size_t n) noexcept {
+template <class Values, class Count>
+VESK_STAGE Block process_sub_block(Vesk& engine, const Parameters<Values>& p, const Block& x,
+                                   const ControlSignals& control, const ReadPlan& plan,
+                                   std::size_t first, Count n) noexcept {
     using kv7::orv::vesk::location_mode;
     const bool reverb_on = engine.reverb_amount != 0.0f;
     const bool reverb_pre = reverb_on && engine.reverb_location == location_mode::pre;
@@ -244,24 +254,34 @@ VESK_INLINE Block process_sub_block(Vesk& engine, const Parameters<Values>& p, c
     return mixed(engine, p, x, wet, control.reduction, n);
 }
 
+template <class Values, class Count>
+VESK_STAGE ReadPlan plan_reads(Vesk& engine, const Parameters<Values>& p,
+                               const ControlSignals& control, Count n) noexcept {
+    return engine.plan_reads(read_speed(engine, p, control, n), n);
+}
+
 // A block of n frames, 1 to max_block. Control signals and reads are computed for all of it, the
 // audio in sub-blocks where a delay is shorter than the block.
-template <class Values>
+template <class Values, class Count>
 VESK_INLINE Block process_block(Vesk& engine, const Parameters<Values>& p, const Block& x,
-                                std::size_t n) noexcept {
+                                Count n) noexcept {
     const ControlSignals control = run_control_stages(engine, p, x, n);
-    const ReadPlan plan = engine.plan_reads(read_speed(engine, p, control, n), n);
-    std::size_t length = n == 1 ? 1 : plan.max_sub_block(0, n);
-    if (length == n) [[likely]]
+    const ReadPlan plan = plan_reads(engine, p, control, n);
+    if constexpr (std::is_same_v<Count, OneFrame>) {
         return process_sub_block(engine, p, x, control, plan, 0, n);
-    Block out;
-    for (std::size_t first = 0; first < n; first += length) {
-        length = plan.max_sub_block(first, n);
-        const Block y = process_sub_block(engine, p.from(first), x.slice(first, length),
-                                          control.slice(first, length), plan, first, length);
-        for (std::size_t i = 0; i < length; ++i) out[first + i] = y[i];
+    } else {
+        std::size_t length = plan.max_sub_block(0, n);
+        if (length == n) [[likely]]
+            return process_sub_block(engine, p, x, control, plan, 0, n);
+        Block out;
+        for (std::size_t first = 0; first < n; first += length) {
+            length = plan.max_sub_block(first, n);
+            const Block y = process_sub_block(engine, p.from(first), x.slice(first, length),
+                                              control.slice(first, length), plan, first, length);
+            for (std::size_t i = 0; i < length; ++i) out[first + i] = y[i];
+        }
+        return out;
     }
-    return out;
 }
 
 // Prefetches what the next n frames read and write. Inlined, since compilers take a function that
