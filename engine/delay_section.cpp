@@ -8,13 +8,14 @@ std::uint64_t line_samples(float rate) {
 }
 
 // Of one channel of a head, in samples; not cut to what the line holds yet.
-float delay_at(const CircularBuffer<std::int64_t>& entries, std::uint64_t capacity,
-               const Cursor& cursor, float span) {
-    const Scan scan(entries, nullptr, static_cast<std::int64_t>(entries.head), cursor, span);
-    const auto newest = entries.at(0);
-    const float part =
-        static_cast<float>(scan.remainder(newest)) / static_cast<float>(entries.at(cursor.offset));
-    const float delay = part + (static_cast<float>(cursor.offset) - 0.5f);
+float delay_at(const CircularBuffer<Total>& totals, std::uint64_t capacity, std::int64_t offset,
+               float span) {
+    Scan scan(totals, offset, span);
+    scan.set_pointers(static_cast<std::int64_t>(totals.head));
+    const Total target = scan.target_of<Total>(scan.newest);
+    const auto remainder = static_cast<float>(difference(scan.cursor[0], target));
+    const auto entry = static_cast<float>(difference(scan.cursor[0], scan.cursor[1]));
+    const float delay = remainder / entry + (static_cast<float>(offset) - 0.5f);
     return min(max(delay, 0.0f), static_cast<float>(capacity));
 }
 
@@ -54,8 +55,8 @@ void DelaySection::reset_read_heads() noexcept {
     const auto left = static_cast<std::int64_t>(tape[0]);
     const auto right = static_cast<std::int64_t>(tape[1]);
     constexpr auto one = static_cast<std::int64_t>(fixed_point_one);
-    tape_head.seed(left, right);
-    for (ReadHead& head : crossfade_heads) head.seed(one, one);
+    tape_head = {};
+    crossfade_heads = {};
     entry_rings.seed(repitch ? left : one, repitch ? right : one);
 }
 
@@ -67,10 +68,9 @@ void DelaySection::set_repitch(bool value) noexcept {
 
 std::array<DelaySection::DelayRead, 2> DelaySection::delays_read() const noexcept {
     const auto read_by = [this](const ReadHead& head, Pair spans, float weight) {
-        const float left =
-            delay_at(entry_rings.rate_left, delay_capacity, head.cursor_left, spans[0]);
+        const float left = delay_at(entry_rings.left, delay_capacity, head.offset_left, spans[0]);
         const float right =
-            delay_at(entry_rings.rate_right, delay_capacity, head.cursor_right, spans[1]);
+            delay_at(entry_rings.right, delay_capacity, head.offset_right, spans[1]);
         return DelayRead{Pair{left, right} / sample_rate, weight};
     };
     if (repitch) return {read_by(tape_head, broadcast<Pair>(1.0f), 1.0f), DelayRead{}};

@@ -96,13 +96,14 @@ VESK_INLINE Pair DelaySection::wanted_delay() const noexcept {
 VESK_INLINE void DelaySection::prefetch_block(std::size_t n) const noexcept {
     // The position on the line is within a sample or two of the cursor's offset.
     const auto prefetch_reads = [&](const ReadHead& head) VESK_LAMBDA {
-        prefetch(entry_rings.rate_left.pointer_at(head.cursor_left.offset) - n, n);
-        prefetch(entry_rings.rate_right.pointer_at(head.cursor_right.offset) - n, n);
-        prefetch(delay_left.pointer_at(head.cursor_left.offset) - n, n);
-        prefetch(delay_right.pointer_at(head.cursor_right.offset) - n, n);
+        prefetch(entry_rings.left.pointer_at(static_cast<std::uint64_t>(head.offset_left)) - n, n);
+        prefetch(entry_rings.right.pointer_at(static_cast<std::uint64_t>(head.offset_right)) - n,
+                 n);
+        prefetch(delay_left.pointer_at(static_cast<std::uint64_t>(head.offset_left)) - n, n);
+        prefetch(delay_right.pointer_at(static_cast<std::uint64_t>(head.offset_right)) - n, n);
     };
-    prefetch(entry_rings.rate_left.write_pointer(n), n);
-    prefetch(entry_rings.rate_right.write_pointer(n), n);
+    prefetch(entry_rings.left.write_pointer(n), n);
+    prefetch(entry_rings.right.write_pointer(n), n);
     if (repitch) {
         prefetch_reads(tape_head);
     } else {
@@ -145,14 +146,13 @@ VESK_INLINE void DelaySection::plan_tape(const Block& rate, std::size_t n,
             delay[i] = smoothed_delay;
         }
     }
-    const Block limited = map_block(
+    const Block entries = map_block(
         n, [](auto r, auto d) VESK_LAMBDA { return limited_entry((r / d) * fixed_point_one); },
         rate, delay);
-    const Entries entries(limited, n);
     RingPosition position(entry_rings);
     entry_rings.push(entries, n);
-    tape_head.locate(entry_rings, position, entries, broadcast<Pair>(1.0f), 0, n,
-                     plan.channels[0].found, plan.channels[1].found);
+    tape_head.locate(entry_rings, position, broadcast<Pair>(1.0f), 0, n, plan.channels[0].found,
+                     plan.channels[1].found);
     entry_rings.filled = static_cast<std::uint64_t>(position.filled);
 }
 
@@ -170,22 +170,20 @@ VESK_INLINE void DelaySection::begin_crossfade() noexcept {
     // The only place where this mode reads delay_time.
     head_delay[next_head] = wanted_delay();
     // From there the scan searches for the new delay, in this same sample.
-    crossfade_heads[next_head].cursor_left = crossfade_heads[active_head].cursor_left;
-    crossfade_heads[next_head].cursor_right = crossfade_heads[active_head].cursor_right;
+    crossfade_heads[next_head] = crossfade_heads[active_head];
     active_head = next_head;
 }
 
 VESK_INLINE bool DelaySection::heads_equal() const noexcept {
     const auto& [h0, h1] = crossfade_heads;
     return head_delay[0][0] == head_delay[1][0] && head_delay[0][1] == head_delay[1][1] &&
-           h0.cursor_left == h1.cursor_left && h0.cursor_right == h1.cursor_right;
+           h0.offset_left == h1.offset_left && h0.offset_right == h1.offset_right;
 }
 
 VESK_INLINE void DelaySection::plan_crossfade(const Block& rate, std::size_t n,
                                               ReadPlan& plan) noexcept {
-    const Block limited = map_block(
+    const Block entries = map_block(
         n, [](auto r) VESK_LAMBDA { return limited_entry(r * fixed_point_one); }, rate);
-    const Entries entries(limited, n);
     RingPosition position(entry_rings);
     entry_rings.push(entries, n);
     auto& [h0, h1] = crossfade_heads;
@@ -198,13 +196,11 @@ VESK_INLINE void DelaySection::plan_crossfade(const Block& rate, std::size_t n,
                   : static_cast<std::size_t>(min<std::uint64_t>(n, first + crossfade_remaining));
         const bool equal = heads_equal();
         const RingPosition at_first = position;
-        h0.locate(entry_rings, position, entries, head_delay[0], first, end, left0.found,
-                  right0.found);
+        h0.locate(entry_rings, position, head_delay[0], first, end, left0.found, right0.found);
         if (!equal || end - first < n) plan.one_position = false;
         if (!equal) {
             position = at_first;
-            h1.locate(entry_rings, position, entries, head_delay[1], first, end, left1.found,
-                      right1.found);
+            h1.locate(entry_rings, position, head_delay[1], first, end, left1.found, right1.found);
         } else {
             h1 = h0;
             if (!plan.one_position) {

@@ -3,25 +3,15 @@
 namespace orvane::blocks::vesk {
 
 EntryRings::EntryRings(std::uint64_t history)
-    : rate_left(history + max_block),
-      rate_right(history + max_block),
-      capacity(history),
-      sums_left(rate_left.size / stretch),
-      sums_right(rate_left.size / stretch) {}
+    : left(history + max_block), right(history + max_block), capacity(history), large(left.size) {}
 
 void EntryRings::seed(std::int64_t entry_left, std::int64_t entry_right) noexcept {
     for (int i = 0; i < 2; ++i) {
-        const std::uint64_t old_head = rate_left.head;
-        rate_left.push(entry_left);
-        rate_right.push(entry_right);
-        sum_passed_stretches(old_head);
+        left.push(left.at(0) + static_cast<Total>(entry_left));
+        right.push(right.at(0) + static_cast<Total>(entry_right));
     }
     filled = 2;
-}
-
-void ReadHead::seed(std::int64_t entry_left, std::int64_t entry_right) noexcept {
-    cursor_left = {1, entry_left};
-    cursor_right = {1, entry_right};
+    large.forget();
 }
 
 }  // namespace orvane::blocks::vesk

@@ -9,69 +9,34 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <vector>
 
 #include "engine/block.h"
 #include "engine/circular_buffer.h"
 #include "engine/lanes.h"
+#include "engine/large_entries.h"
 #include "engine/read_scan.h"
 
 namespace orvane::blocks::vesk {
 
-// The entries that a block pushes, in fixed point. Made from floats within the entry limit.
-struct Entries {
-    std::int64_t left[max_block];
-    std::int64_t right[max_block];
-
-    VESK_INLINE Entries(const Block& limited, std::size_t n) noexcept {
-        for (std::size_t i = 0; i < n; ++i) {
-            left[i] = static_cast<std::int64_t>(limited[i][0]);
-            right[i] = static_cast<std::int64_t>(limited[i][1]);
-        }
-    }
-};
-
-// The latest entries of both channels. All heads read the same rings: the two heads of crossfade
-// mode see equal entries, and of the two modes only one is in use at a time.
-//
-// A search may pass hundreds of thousands of entries. So the sums of whole stretches of a ring are
-// kept, each written when the ring's head has passed the stretch.
+// The latest entries of both channels, as totals. All heads read the same rings: the two heads of
+// crossfade mode see equal entries, and of the two modes only one is in use at a time.
 //
 // A block's entries are pushed before its frames are located. So that they overwrite nothing that
 // the first of these frames may still read, the rings are a block longer than the history.
 struct EntryRings {
-    CircularBuffer<std::int64_t> rate_left;  // fixed point with 32 fractional bits
-    CircularBuffer<std::int64_t> rate_right;
-    std::uint64_t capacity = 0;  // of the history: entries that may be read
-    std::uint64_t filled = 0;    // entries that are valid, at most capacity
+    CircularBuffer<Total> left;
+    CircularBuffer<Total> right;
+    std::uint64_t capacity;    // of the history: entries that may be read
+    std::uint64_t filled = 0;  // entries that are valid, at most capacity
+    LargeEntries large;
 
-    std::vector<std::int64_t> sums_left;  // of each stretch of a ring; negative: too large
-    std::vector<std::int64_t> sums_right;
-
-    explicit EntryRings(std::uint64_t history);
+    explicit EntryRings(std::uint64_t history);  // throws std::bad_alloc
     void seed(std::int64_t entry_left, std::int64_t entry_right) noexcept;
-    VESK_INLINE void push(const Entries& entries, std::size_t n) noexcept {
-        const std::uint64_t old_head = rate_left.head;
-        rate_left.push(entries.left, n);
-        rate_right.push(entries.right, n);
-        sum_passed_stretches(old_head);
-    }
+    // Entries in fixed point, from 0 up to the limit of entries.
+    VESK_INLINE void push(const Block& entries, std::size_t n) noexcept;
 
 private:
-    // After pushes of fewer entries than a stretch has: at most one has been completed on either
-    // side of the rings' seam.
-    VESK_INLINE void sum_passed_stretches(std::uint64_t old_head) noexcept {
-        const std::uint64_t head = rate_left.head;
-        const bool wrapped = head > old_head;
-        if (old_head != 0) sum_if_passed((old_head - 1) / stretch, wrapped ? 0 : head);
-        if (wrapped) sum_if_passed((rate_left.size - 1) / stretch, head);
-    }
-    VESK_INLINE void sum_if_passed(std::uint64_t i, std::uint64_t head) noexcept {
-        if (i * stretch < head || i >= sums_left.size()) [[likely]]
-            return;
-        sums_left[i] = sum_of<stretch>(rate_left.storage.get() + i * stretch);
-        sums_right[i] = sum_of<stretch>(rate_right.storage.get() + i * stretch);
-    }
+    VESK_INLINE static float largest_of(const Block& entries, std::size_t n) noexcept;
 };
 
 // Where a block begins in the rings: their head and number of valid entries before its pushes.
@@ -80,74 +45,108 @@ struct RingPosition {
     std::int64_t filled;
 
     VESK_INLINE explicit RingPosition(const EntryRings& rings) noexcept
-        : head(static_cast<std::int64_t>(rings.rate_left.head)),
+        : head(static_cast<std::int64_t>(rings.left.head)),
           filled(static_cast<std::int64_t>(rings.filled)) {}
 };
 
 struct ReadHead {
-    Cursor cursor_left;
-    Cursor cursor_right;
-
-    void seed(std::int64_t entry_left, std::int64_t entry_right) noexcept;
+    std::int64_t offset_left = 1;  // of the cursors
+    std::int64_t offset_right = 1;
 
     // For frames first to end - 1 of a block whose entries are pushed already: moves both cursors.
     // position is that of frame first, and becomes that of frame end. spans are those of the two
     // channels, in samples.
-    VESK_INLINE void locate(const EntryRings& rings, RingPosition& position, const Entries& entries,
-                            Pair spans, std::size_t first, std::size_t end, ReadPositions& left,
+    VESK_INLINE void locate(const EntryRings& rings, RingPosition& position, Pair spans,
+                            std::size_t first, std::size_t end, ReadPositions& left,
                             ReadPositions& right) noexcept;
 };
 
-VESK_INLINE void ReadHead::locate(const EntryRings& rings, RingPosition& position,
-                                  const Entries& entries, Pair spans, std::size_t first,
-                                  std::size_t end, ReadPositions& left,
+VESK_INLINE float EntryRings::largest_of(const Block& entries, std::size_t n) noexcept {
+    Oct of_lanes{};
+    float largest = 0.0f;
+    for_each_vector(n, [&]<class T>(std::size_t i) VESK_LAMBDA {
+        const T x = entries.at<T>(i);
+        if constexpr (std::is_same_v<T, Oct>)
+            of_lanes = max(x, of_lanes);
+        else
+            largest = max(max(x[0], x[1]), largest);
+    });
+    for (std::size_t i = 0; i < lane_count<Oct>; ++i) largest = max(of_lanes[i], largest);
+    return largest;
+}
+
+VESK_INLINE void EntryRings::push(const Block& entries, std::size_t n) noexcept {
+    // Both channels in one loop, so that their latencies overlap.
+    Total* const to_left = left.write_pointer(n);
+    Total* const to_right = right.write_pointer(n);
+    Total total_left = left.at(0);
+    Total total_right = right.at(0);
+    for (std::size_t i = 0; i < n; ++i) {
+        total_left += static_cast<Total>(static_cast<std::int64_t>(entries[i][0]));
+        total_right += static_cast<Total>(static_cast<std::int64_t>(entries[i][1]));
+        to_left[n - 1 - i] = total_left;
+        to_right[n - 1 - i] = total_right;
+    }
+    left.advance(n);
+    right.advance(n);
+    large.push(largest_of(entries, n), left.head, n);
+}
+
+VESK_INLINE void ReadHead::locate(const EntryRings& rings, RingPosition& position, Pair spans,
+                                  std::size_t first, std::size_t end, ReadPositions& left,
                                   ReadPositions& right) noexcept {
     const auto capacity = static_cast<std::int64_t>(rings.capacity);
+    const auto size = static_cast<std::int64_t>(rings.left.size);
     std::int64_t head = position.head;
-    std::int64_t valid = position.filled;
-    Scan l(rings.rate_left, rings.sums_left.data(), head, cursor_left, spans[0]);
-    Scan r(rings.rate_right, rings.sums_right.data(), head, cursor_right, spans[1]);
-    for (std::size_t frame = first; frame < end; ++frame) {
+    std::int64_t filled = position.filled;
+    Scan l(rings.left, offset_left, spans[0]);
+    Scan r(rings.right, offset_right, spans[1]);
+    int groups_to_miss = end - first >= 4 && rings.large.none() ? 2 : 0;
+    for (std::size_t frame = first; frame < end;) {
+        l.set_pointers(head);
+        r.set_pointers(head);
         // Frames for which a step each is enough, as nearly all are.
+        const std::int64_t free = min(l.free_steps(filled), r.free_steps(filled));
+        const std::size_t stop = min(end, frame + static_cast<std::size_t>(free));
         const std::size_t begin = frame;
-        const auto free =
-            static_cast<std::size_t>(min(l.free_steps(head, valid), r.free_steps(head, valid)));
-        const std::size_t stop = min(end, frame + free);
-        const std::int64_t wrap_left = l.wrap(head);
-        const std::int64_t wrap_right = r.wrap(head);
-        for (; frame < stop; ++frame) {
-            l.step(entries.left[frame]);
-            r.step(entries.right[frame]);
-            if (!l.settled(entries.left[frame]) || !r.settled(entries.right[frame])) [[unlikely]]
-                break;
-            l.record(entries.left[frame], l.index, frame, left);
-            r.record(entries.right[frame], r.index, frame, right);
+        // Four at a time while the offsets drift slowly, as they nearly always do.
+        bool missed = false;
+        if (groups_to_miss > 0) {
+            for (; stop - frame >= 4; frame += 4) {
+                const Scan::Four four_left = l.find_four();
+                const Scan::Four four_right = r.find_four();
+                missed = any_negative(four_left.outside | four_right.outside);
+                if (missed) [[unlikely]]
+                    break;
+                l.accept(four_left, frame, left);
+                r.accept(four_right, frame, right);
+            }
         }
-        // What was recorded as their offsets are indices yet. The head has moved down by one for
-        // each frame.
-        left.add_to_offsets(wrap_left - head + 1, begin, frame);
-        right.add_to_offsets(wrap_right - head + 1, begin, frame);
-        head -= static_cast<std::int64_t>(frame - begin) + (frame < stop ? 1 : 0);
-        valid = min(valid + static_cast<std::int64_t>(frame - begin), capacity);
-        if (frame == end) break;
-
-        // A frame that needs a search, or whose step could have left the history. In the first
-        // case its step is done already.
-        valid = min(valid + 1, capacity);
-        if (frame == stop) {
-            head = l.newer(head);
-            l.keep_offset(entries.left[frame]);
-            r.keep_offset(entries.right[frame]);
+        bool settled = free > 0;
+        const std::int64_t from_left = l.offset;
+        const std::int64_t from_right = r.offset;
+        for (const std::size_t to = missed ? frame + 4 : stop; frame < to && settled; ++frame)
+            settled = l.step(frame, left) & r.step(frame, right);
+        if (missed) {
+            l.drift = sign(l.offset - from_left);
+            r.drift = sign(r.offset - from_right);
+            --groups_to_miss;
         }
-        l.search(entries.left[frame], head, valid);
-        r.search(entries.right[frame], head, valid);
-        l.record(entries.left[frame], l.offset(head), frame, left);
-        r.record(entries.right[frame], r.offset(head), frame, right);
+        if (free == 0) {
+            if (head == 0) head = size;
+            ++frame;
+        }
+        const auto pushed = static_cast<std::int64_t>(frame - begin);
+        head -= pushed;
+        filled = min(filled + pushed, capacity);
+        if (settled) continue;
+        l.search(head, filled, rings.large, frame - 1, left);
+        r.search(head, filled, rings.large, frame - 1, right);
     }
-    cursor_left = l.cursor(head);
-    cursor_right = r.cursor(head);
+    offset_left = l.offset;
+    offset_right = r.offset;
     position.head = head;
-    position.filled = valid;
+    position.filled = filled;
 }
 
 }  // namespace orvane::blocks::vesk

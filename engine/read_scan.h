@@ -16,8 +16,16 @@
 //   2 2 2 1 | 1 1 1 1 1         7            4       7      0           2.5
 //   2 2 2 | 2 1 1 1 1 1         7            3       6      1           2       = 6 / 2 - 1
 //
-// A push makes every entry one older. So the cursor's entry stays the same or becomes the one or
-// two newer, unless speed or span change abruptly; only then does the scan have to search.
+// The ring holds no entries but their totals: at(k) is the sum of the entry k pushes old and of
+// all before it. An entry is the difference of two neighbours, a sum of entries that of any two,
+// and the cursor's offset is the largest one whose total reaches
+//
+//   target = newest total - half of the newest entry - span
+//
+// So a frame's offset follows from the ring alone, not from that of the frame before, which only
+// tells where to look: four frames are found at once, and a distant one by bisection.
+//
+// Totals wrap at 2^64. Their differences are exact as long as they fit in 63 bits.
 #pragma once
 
 #include <cstddef>
@@ -26,6 +34,7 @@
 #include "engine/block.h"
 #include "engine/circular_buffer.h"
 #include "engine/lanes.h"
+#include "engine/large_entries.h"
 
 namespace orvane::blocks::vesk {
 
@@ -45,15 +54,12 @@ VESK_INLINE float limited_span(float x) noexcept {
     return min(x, max_span);
 }
 
-// A read position on a ring of entries, in whole entries.
-struct Cursor {
-    std::uint64_t offset = 0;
-    std::int64_t sum = 0;  // fixed point, of the entries at(0) to at(offset - 1)
+using Total = std::uint64_t;
 
-    VESK_INLINE bool operator==(const Cursor& other) const noexcept {
-        return offset == other.offset && sum == other.sum;
-    }
-};
+// a - b, where it fits in 63 bits.
+VESK_INLINE std::int64_t difference(Total a, Total b) noexcept {
+    return static_cast<std::int64_t>(a - b);
+}
 
 // One channel's read positions, frame by frame, before the division.
 struct ReadPositions {
@@ -61,15 +67,6 @@ struct ReadPositions {
     float entry[max_block];          // the entry at the cursor, fixed point
     std::int32_t offset[max_block];  // the cursor's
 
-    // To those of frames first to end - 1: amount to the first, and one more to each later one.
-    VESK_INLINE void add_to_offsets(std::int64_t amount, std::size_t first,
-                                    std::size_t end) noexcept {
-        std::int32_t* const offsets = offset + first;
-        for_each_mono_vector(end - first, [&]<class T>(std::size_t i) VESK_LAMBDA {
-            const Integers<T> amounts = static_cast<std::int32_t>(amount) + value_indices<T>(i);
-            store(offsets + i, load<Integers<T>>(offsets + i) + amounts);
-        });
-    }
     VESK_INLINE void copy(const ReadPositions& other, std::size_t first, std::size_t end) noexcept {
         for (std::size_t i = first; i < end; ++i) {
             remainder[i] = other.remainder[i];
@@ -79,144 +76,151 @@ struct ReadPositions {
     }
 };
 
-// Entries that a search skips at once: by their sum added up on the spot, and by a sum that is
-// kept. Both begin at multiples of their length.
-constexpr std::int64_t stride = 8;
-constexpr std::int64_t stretch = 256;
-
-// The sum of Count entries; negative where it might not fit in 63 bits.
-template <std::int64_t Count>
-VESK_INLINE std::int64_t sum_of(const std::int64_t* entries) noexcept {
-    // So many numbers below this add up to at most 2^62.
-    constexpr std::uint64_t too_large = (std::uint64_t{1} << 62) / Count;
-    std::uint64_t sum = 0;
-    std::uint64_t bits = 0;
-    for (std::int64_t i = 0; i < Count; ++i) {
-        const auto entry = static_cast<std::uint64_t>(entries[i]);
-        sum += entry;
-        bits |= entry;
-    }
-    return bits < too_large ? static_cast<std::int64_t>(sum) : -1;
-}
-
-// A cursor in the form that a scan computes in. The ring's head is passed in, since both channels
-// push in step and share it. newest is always the entry pushed last.
+// One channel's scan of a block whose entries are pushed already. Two pointers into the ring follow
+// the frames: newest to a frame's newest total, cursor to the one at offset. Both move as the ring
+// grows, towards lower addresses.
 struct Scan {
-    const std::int64_t* const entries;
-    const std::int64_t* const sums;  // of the ring's stretches
+    const Total* const totals;
     const std::int64_t size;
-    const std::int64_t span;
-    std::int64_t index;      // of the entry at the cursor's offset
-    std::int64_t remaining;  // span less the cursor's sum
+    const Total span;
+    std::int64_t offset;
+    const Total* newest = nullptr;
+    const Total* cursor = nullptr;
+    // Whole samples by which the offset is expected to move within four frames: -1, 0 or 1.
+    std::int64_t drift = 0;
 
-    VESK_INLINE Scan(const CircularBuffer<std::int64_t>& ring, const std::int64_t* stretch_sums,
-                     std::int64_t head, const Cursor& cursor, float samples) noexcept
-        : entries(ring.storage.get()),
-          sums(stretch_sums),
+    VESK_INLINE Scan(const CircularBuffer<Total>& ring, std::int64_t at, float samples) noexcept
+        : totals(ring.storage.get()),
           size(static_cast<std::int64_t>(ring.size)),
-          span(static_cast<std::int64_t>(limited_span(samples * fixed_point_one))),
-          index(head + static_cast<std::int64_t>(cursor.offset)),
-          remaining(span - cursor.sum) {
-        if (index >= size) index -= size;
+          span(static_cast<Total>(
+              static_cast<std::int64_t>(limited_span(samples * fixed_point_one)))),
+          offset(at) {}
+
+    // To the total at offset k; those at the next max_block offsets follow it.
+    VESK_INLINE const Total* at(std::int64_t head, std::int64_t k) const noexcept {
+        const std::int64_t i = head + k;
+        return totals + (i >= size ? i - size : i);
+    }
+    VESK_INLINE void set_pointers(std::int64_t head) noexcept {
+        newest = totals + head;
+        cursor = at(head, offset);
+    }
+    // How many frames' steps are sure to stay within the filled history and clear of the ring's
+    // start. A step moves the cursor by four at most.
+    VESK_INLINE std::int64_t free_steps(std::int64_t filled) const noexcept {
+        const std::int64_t within = min((offset - 1) / 4, filled - 1 - offset);
+        const std::int64_t clear = min(newest - totals, (cursor - totals) / 4);
+        return max(min(within, clear), std::int64_t{0});
     }
 
-    VESK_INLINE std::int64_t newer(std::int64_t i) const noexcept {
-        return (i == 0 ? size : i) - 1;
+    // What the total at the cursor has to reach.
+    template <class T>
+    VESK_INLINE T target_of(const Total* newest_of_frame) const noexcept {
+        const T total = load<T>(newest_of_frame);
+        return total - ((total - load<T>(newest_of_frame + 1)) >> 1) - span;
     }
-    VESK_INLINE std::int64_t older(std::int64_t i) const noexcept {
-        return i + 1 == size ? 0 : i + 1;
+
+    // What the scan finds for four frames at once, newest first.
+    struct Four {
+        LongQuad remainder;
+        LongQuad entry;
+        IntQuad offset;
+        LongQuad outside;  // negative where it is none of the three offsets that are looked at
+    };
+    // Looks at the offset before these frames moved by the drift, at one less and at one more.
+    VESK_INLINE Four find_four() const noexcept {
+        using Totals = UnsignedLongQuad;
+        const Total* const nearest = cursor - 4 + drift - 1;
+        const Totals target = target_of<Totals>(newest - 4);
+        const auto remainder_at = [&](int k) VESK_LAMBDA {
+            return __builtin_bit_cast(LongQuad, load<Totals>(nearest + k) - target);
+        };
+        // Remainders never grow from an entry to the next older one.
+        const LongQuad r0 = remainder_at(0);
+        const LongQuad r1 = remainder_at(1);
+        const LongQuad r2 = remainder_at(2);
+        const LongQuad r3 = remainder_at(3);
+        const LongQuad found = r2 < 0 ? (r1 < 0 ? r0 : r1) : r2;
+        const LongQuad older = r2 < 0 ? (r1 < 0 ? r1 : r2) : r3;
+        const IntQuad offsets = static_cast<std::int32_t>(offset + drift + 1) +
+                                (high_halves(r1) >> 31) + (high_halves(r2) >> 31);
+        return {found, found - older, offsets, r0 | ~r3};
     }
-    // Offset = index - head + wrap.
-    VESK_INLINE std::int64_t wrap(std::int64_t head) const noexcept {
-        return index < head ? size : 0;
+    VESK_INLINE void accept(const Four& four, std::size_t frame, ReadPositions& out) noexcept {
+        const auto in_order = [](LongQuad x) VESK_LAMBDA {
+            return reverse<sizeof(float)>(to_float(__builtin_bit_cast(UnsignedLongQuad, x)));
+        };
+        store(out.remainder + frame, in_order(four.remainder));
+        store(out.entry + frame, in_order(four.entry));
+        store(out.offset + frame, reverse<sizeof(float)>(four.offset));
+        newest -= 4;
+        cursor += four.offset[0] - offset - 4;
+        offset = four.offset[0];
     }
-    VESK_INLINE std::int64_t offset(std::int64_t head) const noexcept {
-        return index - head + wrap(head);
+
+    // The next frame: the cursor's entry stays the same or becomes one that is up to four newer,
+    // as at speeds within two octaves. Which one is unpredictable, so none is branched to. False if
+    // it is none of them.
+    VESK_INLINE bool step(std::size_t frame, ReadPositions& out) noexcept {
+        --newest;
+        const Total target = target_of<Total>(newest);
+        const auto beyond = [&](int k) VESK_LAMBDA { return difference(cursor[k], target) >> 63; };
+        const std::int64_t newer = beyond(0) + beyond(-1) + beyond(-2) + beyond(-3);
+        cursor += newer;
+        offset += 1 + newer;
+        const auto remainder = cursor[0] - target;
+        const auto entry = cursor[0] - cursor[1];
+        record(static_cast<std::int64_t>(remainder), static_cast<std::int64_t>(entry), frame, out);
+        return remainder < entry;
     }
-    VESK_INLINE Cursor cursor(std::int64_t head) const noexcept {
-        return {static_cast<std::uint64_t>(offset(head)), span - remaining};
+    VESK_INLINE void record(std::int64_t remainder, std::int64_t entry, std::size_t frame,
+                            ReadPositions& out) const noexcept {
+        out.remainder[frame] = static_cast<float>(remainder);
+        out.entry[frame] = static_cast<float>(entry);
+        out.offset[frame] = static_cast<std::int32_t>(offset);
     }
-    VESK_INLINE std::int64_t remainder(std::int64_t newest) const noexcept {
-        return remaining + (newest >> 1);
-    }
-    // True at the entry the scan looks for: the remainder is neither negative, which the unsigned
-    // comparison excludes, nor as large as the entry.
-    VESK_INLINE bool settled(std::int64_t newest) const noexcept {
-        return static_cast<std::uint64_t>(remainder(newest)) <
-               static_cast<std::uint64_t>(entries[index]);
-    }
+
+    // Moves to the entry, or to either end of the history: to the largest offset from 1 to
+    // filled - 1 whose remainder is not negative, or to 1.
+    //
     // A history too short for the span ends the search at its oldest entry. The remainder then
     // exceeds the entry and the division extrapolates: right at once after a reset.
-    VESK_INLINE void record(std::int64_t newest, std::int64_t offset_now, std::size_t frame,
-                            ReadPositions& out) const noexcept {
-        out.remainder[frame] = static_cast<float>(remainder(newest));
-        out.entry[frame] = static_cast<float>(entries[index]);
-        out.offset[frame] = static_cast<std::int32_t>(offset_now);
-    }
-
-    // How many steps are sure to stay within the filled history and clear of the ring's start.
-    VESK_INLINE std::int64_t free_steps(std::int64_t head, std::int64_t filled) const noexcept {
-        const std::int64_t within = min(offset(head) - 1, filled - 1 - offset(head));
-        return max(min(within, min(head, index / 2)), std::int64_t{0});
-    }
-    // After a push: the cursor's entry stays the same or becomes the one or two newer. Which one
-    // is unpredictable, so all three are computed and none is branched to.
-    VESK_INLINE void step(std::int64_t newest) noexcept {
-        const std::int64_t half = newest >> 1;
-        // The remainders with the same entry, one newer and two newer; the first that is not
-        // negative counts. A mask is all ones where the remainder before it is negative.
-        const std::int64_t same = remaining - (newest - half);
-        const std::int64_t beyond_same = same >> 63;
-        const std::int64_t one_newer = same + (entries[index - 1] & beyond_same);
-        const std::int64_t beyond_one = one_newer >> 63;
-        const std::int64_t two_newer = one_newer + (entries[index - 2] & beyond_one);
-        remaining = two_newer - half;
-        index += beyond_same + beyond_one;
-    }
-    // After a push: keeps the offset, so the cursor's entry becomes the one newer.
-    VESK_INLINE void keep_offset(std::int64_t newest) noexcept {
-        index = newer(index);
-        remaining -= newest - entries[index];
-    }
-    // Moves until settled or at either end of the history. A new delay may be seconds away, so
-    // whole stretches and strides are skipped where they can be. No entry is negative, so a
-    // comparison that holds at the end of one holds at each entry within it.
-    VESK_INLINE void search(std::int64_t newest, std::int64_t head, std::int64_t filled) noexcept {
-        std::int64_t at = offset(head);
-        const auto skip_newer = [&](std::int64_t length, auto sum) VESK_LAMBDA {
-            if (index % length != 0 || at <= length || index < length) return false;
-            const std::int64_t skipped = sum(index - length);
-            if (skipped < 0 || remainder(newest) + skipped >= 0) return false;
-            remaining += skipped;
-            index -= length;
-            at -= length;
-            return true;
-        };
-        const auto skip_older = [&](std::int64_t length, auto sum) VESK_LAMBDA {
-            if (index % length != 0 || at + length >= filled || index + length >= size)
-                return false;
-            const std::int64_t skipped = sum(index);
-            if (skipped < 0 || remainder(newest) < skipped) return false;
-            remaining -= skipped;
-            index += length;
-            at += length;
-            return true;
-        };
-        const auto of_stretch = [&](std::int64_t from) VESK_LAMBDA { return sums[from / stretch]; };
-        const auto of_stride = [&](std::int64_t from)
-                                   VESK_LAMBDA { return sum_of<stride>(entries + from); };
-        while (remainder(newest) < 0 && at > 1) {
-            if (skip_newer(stretch, of_stretch) || skip_newer(stride, of_stride)) continue;
-            index = newer(index);
-            remaining += entries[index];
-            --at;
+    VESK_INLINE void search(std::int64_t head, std::int64_t filled, const LargeEntries& large,
+                            std::size_t frame, ReadPositions& out) noexcept {
+        const Total target = target_of<Total>(totals + head);
+        const auto reaches = [&](std::int64_t k)
+                                 VESK_LAMBDA { return difference(*at(head, k), target) >= 0; };
+        std::int64_t low = offset;
+        std::int64_t high = low + 1;
+        // A new delay may be seconds away, so the steps double until they have passed it. What is
+        // newer than the cursor adds up to the last frame's span and the newest entry, so its sums
+        // fit at any speed.
+        for (std::int64_t step = 1; low > 1 && !reaches(low); step *= 2) {
+            high = low;
+            low = max(low - step, std::int64_t{1});
         }
-        while (remainder(newest) >= entries[index] && at < filled - 1) {
-            if (skip_older(stretch, of_stretch) || skip_older(stride, of_stride)) continue;
-            remaining -= entries[index];
-            index = older(index);
-            ++at;
+        if (large.none()) [[likely]] {
+            for (std::int64_t step = 1; high < filled && reaches(high); step *= 2) {
+                low = high;
+                high = min(high + step, filled);
+            }
+        } else {
+            while (high < filled && reaches(high)) {
+                const std::int64_t index = at(head, high) - totals;
+                const bool skip = index % stretch == 0 && index + stretch <= size &&
+                                  high + stretch < filled &&
+                                  large.none_in_stretch(index / stretch) && reaches(high + stretch);
+                low = high + (skip ? stretch : 0);
+                high = low + 1;
+            }
         }
+        while (high - low > 1) {
+            const std::int64_t between = low + (high - low) / 2;
+            (reaches(between) ? low : high) = between;
+        }
+        offset = low;
+        const Total* const found = at(head, offset);
+        record(difference(found[0], target), difference(found[0], found[1]), frame, out);
     }
 };
 
