@@ -125,8 +125,11 @@ VESK_INLINE void ReadHead::locate(const EntryRings& rings, RingPosition& positio
         bool settled = free > 0;
         const std::int64_t from_left = l.offset;
         const std::int64_t from_right = r.offset;
-        for (const std::size_t to = missed ? frame + 4 : stop; frame < to && settled; ++frame)
-            settled = l.step(frame, left) & r.step(frame, right);
+        for (const std::size_t to = missed ? frame + 4 : stop; frame < to && settled; ++frame) {
+            const bool settled_left = l.step(frame, left);
+            const bool settled_right = r.step(frame, right);
+            settled = settled_left && settled_right;
+        }
         if (missed) {
             l.drift = sign(l.offset - from_left);
             r.drift = sign(r.offset - from_right);

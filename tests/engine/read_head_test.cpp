@@ -5,16 +5,16 @@
 
 #include <algorithm>
 #include <cmath>
-#include <deque>
 #include <random>
 #include <string>
+#include <vector>
 
 namespace orvane::blocks::vesk {
 namespace {
 
-// One channel's entries, newest first.
+// One channel.
 struct PlainHead {
-    std::deque<std::int64_t> entries;
+    std::vector<std::int64_t> entries;  // oldest first
     std::size_t history;
 
     struct Found {
@@ -22,16 +22,16 @@ struct PlainHead {
         float entry;
         std::int32_t offset;
     };
-    Found push(float entry, float span) {
-        entries.push_front(static_cast<std::int64_t>(entry));
-        if (entries.size() > history) entries.pop_back();
+    Found push(float newest, float span) {
+        entries.push_back(static_cast<std::int64_t>(newest));
+        const std::int64_t* const last = &entries.back();
+        const auto filled = static_cast<std::int64_t>(std::min(entries.size(), history));
         std::int64_t remainder =
-            static_cast<std::int64_t>(limited_span(span * fixed_point_one)) + (entries[0] >> 1);
-        remainder -= entries[0];
-        std::size_t offset = 1;
-        for (; offset + 1 < entries.size() && remainder >= entries[offset]; ++offset)
-            remainder -= entries[offset];
-        return {static_cast<float>(remainder), static_cast<float>(entries[offset]),
+            static_cast<std::int64_t>(limited_span(span * fixed_point_one)) + (*last >> 1) - *last;
+        std::int64_t offset = 1;
+        for (; offset + 1 < filled && remainder >= *(last - offset); ++offset)
+            remainder -= *(last - offset);
+        return {static_cast<float>(remainder), static_cast<float>(*(last - offset)),
                 static_cast<std::int32_t>(offset)};
     }
 };
@@ -41,7 +41,7 @@ TEST(ReadHead, FindsWhatAWalkThroughTheEntriesFinds) {
     const auto uniform = [&](double from, double to) {
         return std::uniform_real_distribution(from, to)(random);
     };
-    for (const std::size_t history : {150, 1000, 3000}) {
+    for (const std::size_t history : {150U, 1000U, 3000U}) {
         EntryRings rings(history);
         ReadHead head;
         PlainHead left{{}, history}, right{{}, history};
@@ -50,7 +50,7 @@ TEST(ReadHead, FindsWhatAWalkThroughTheEntriesFinds) {
         left.entries = right.entries = {one, one};
         Pair spans{20, 20};
         double octaves = 0, drift = 0, jitter = 0;
-        for (int block = 0; block < 12000; ++block) {
+        for (int block = 0; block < 8000; ++block) {
             const std::string place = std::to_string(history) + " block " + std::to_string(block);
             // Every few blocks another way to move: rest, a glide, noise of up to 40 octaves.
             if (random() % 12 == 0) {
