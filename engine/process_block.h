@@ -267,21 +267,22 @@ VESK_INLINE Block process_block(Vesk& engine, const Parameters<Values>& p, const
                                 Count n) noexcept {
     const ControlSignals control = run_control_stages(engine, p, x, n);
     const ReadPlan plan = plan_reads(engine, p, control, n);
-    if constexpr (std::is_same_v<Count, OneFrame>) {
+    if (std::is_same_v<Count, OneFrame> || !plan.reads_block) [[likely]]
         return process_sub_block(engine, p, x, control, plan, 0, n);
-    } else {
-        std::size_t length = plan.max_sub_block(0, n);
-        if (length == n) [[likely]]
-            return process_sub_block(engine, p, x, control, plan, 0, n);
-        Block out;
-        for (std::size_t first = 0; first < n; first += length) {
-            length = plan.max_sub_block(first, n);
-            const Block y = process_sub_block(engine, p.from(first), x.slice(first, length),
-                                              control.slice(first, length), plan, first, length);
-            for (std::size_t i = 0; i < length; ++i) out[first + i] = y[i];
-        }
-        return out;
+    Block out;
+    const auto process = [&](std::size_t first, auto length) VESK_LAMBDA {
+        const Block y = process_sub_block(engine, p.from(first), x.slice(first, length),
+                                          control.slice(first, length), plan, first, length);
+        for (std::size_t i = 0; i < length; ++i) out[first + i] = y[i];
+    };
+    for (std::size_t first = 0, length = 0; first < n; first += length) {
+        length = plan.max_sub_block(first, n);
+        if (length == 1)
+            process(first, OneFrame{});
+        else
+            process(first, length);
     }
+    return out;
 }
 
 // Prefetches what the next n frames read and write. Inlined, since compilers take a function that
